@@ -1,0 +1,23 @@
+# How every target of the project is compiled, carried by one interface target.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(HWDEF_CCACHE ccache)
+if(HWDEF_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${HWDEF_CCACHE})
+endif()
+
+add_library(hwdef_options INTERFACE)
+target_compile_options(hwdef_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion
+  $<$<BOOL:${HWDEF_WERROR}>:-Werror>)
+if(HWDEF_SANITIZE)
+  target_compile_options(hwdef_options INTERFACE
+    -fsanitize=${HWDEF_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(hwdef_options INTERFACE -fsanitize=${HWDEF_SANITIZE})
+endif()

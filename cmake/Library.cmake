@@ -1,0 +1,28 @@
+# The library: its sources are compiled once, into objects that the shared library and, for
+# tests that look at internal classes, a static archive are both made of.
+file(GLOB_RECURSE HWDEF_SOURCES CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/hwdef/*.cpp ${PROJECT_SOURCE_DIR}/platform/*.cpp)
+
+add_library(hwdef_objects OBJECT ${HWDEF_SOURCES})
+target_include_directories(hwdef_objects PUBLIC ${PROJECT_SOURCE_DIR})
+target_include_directories(hwdef_objects SYSTEM PUBLIC ${RAPIDJSON_INCLUDE_DIR})
+target_compile_definitions(hwdef_objects PRIVATE
+  HWDEF_BUILDING HWDEF_VERSION="${PROJECT_VERSION}")
+target_link_libraries(hwdef_objects
+  PUBLIC Boost::headers
+  PRIVATE hwdef_options Boost::filesystem Boost::iostreams pugixml::pugixml OpenSSL::Crypto hwdef_isal)
+
+set(HWDEF_LINKED Boost::filesystem Boost::iostreams pugixml::pugixml OpenSSL::Crypto hwdef_isal)
+
+add_library(hwdef SHARED)
+add_library(hwdef::hwdef ALIAS hwdef)
+set_target_properties(hwdef PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+target_include_directories(hwdef PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+target_link_libraries(hwdef
+  PUBLIC Boost::headers
+  PRIVATE hwdef_objects hwdef_options ${HWDEF_LINKED})
+
+add_library(hwdef_static STATIC EXCLUDE_FROM_ALL)
+target_compile_definitions(hwdef_static PUBLIC HWDEF_STATIC)
+target_link_libraries(hwdef_static PUBLIC hwdef_objects hwdef_options ${HWDEF_LINKED})

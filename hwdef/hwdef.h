@@ -1,0 +1,18 @@
+#pragma once
+
+/// Everything of the hardware definition library.
+
+#include "hwdef/bom/HHDFHwDefBomReader.h"
+#include "hwdef/bom/HHDFHwDefBomWriter.h"
+#include "hwdef/container/HHDFCTmpDirObject.h"
+#include "hwdef/model/HHDFHwDef.h"
+#include "hwdef/model/HHDFHwDefBoard.h"
+#include "hwdef/model/HHDFHwDefConfig.h"
+#include "hwdef/model/HHDFHwDefDriver.h"
+#include "hwdef/model/HHDFHwDefFile.h"
+#include "hwdef/model/HHDFHwDefFileTypes.h"
+#include "hwdef/model/HHDFHwDefPartitionCell.h"
+#include "hwdef/model/HHDFHwDefPartitionInfo.h"
+#include "hwdef/swparam/SWParamReader.h"
+#include "hwdef/swparam/SWParamWriter.h"
+#include "hwdef/utils/HHDFHwDefUtils.h"

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "hwdef/model/HHDFHwDefFileTypes.h"
+#include "platform/Export.h"
+
+class BomList;
+class HUTFile;
+
+/// One design file that the BOM lists.
+///
+/// Paths are kept exactly as passed. The file need not exist.
+class HWDEF_API HHDFHwDefFile {
+public:
+    /// An entry for the file at `path`, of type UNKNOWN and role UNKNOWN_BD, with no hierarchy path,
+    /// container path, source database or attributes. An empty path gives an entry without a file.
+    explicit HHDFHwDefFile(const std::string& path);
+    /// A copy for the other entry's canonical path, with all its fields and attributes. Belongs to no
+    /// BOM list.
+    HHDFHwDefFile(const HHDFHwDefFile& other);
+    HHDFHwDefFile& operator=(const HHDFHwDefFile&) = delete;
+    ~HHDFHwDefFile();
+
+    /// The canonical path of the file; empty when there is none.
+    std::string getFile() const;
+    /// The last component of the path; empty when there is no file.
+    std::string getFileName() const;
+    /// The same without a copy; lives as long as the entry.
+    std::string_view fileName() const;
+
+    const HHDFHwDefFileTypes::HWHFileType& getFileType() const { return fileType_; }
+    void setFileType(const HHDFHwDefFileTypes::HWHFileType& type) { fileType_ = type; }
+    const HHDFHwDefFileTypes::HWHBDType& getBDFileType() const { return bdFileType_; }
+    void setBDFileType(const HHDFHwDefFileTypes::HWHBDType& type) { bdFileType_ = type; }
+
+    /// Instance path, in the design hierarchy, of the block design or cell the file belongs to.
+    const std::string& getHierPath() const { return hierPath_; }
+    /// False and nothing changed for an empty path.
+    bool setHierPath(const std::string& path);
+
+    /// The container archive that the file lives in as a member; empty for a file on disk.
+    std::string getHwDefFilePath() const { return hwDefFilePath_; }
+    /// False and nothing changed for an empty path.
+    bool setHwDefFilePath(const std::string& path);
+
+    /// The design database the file came from.
+    const std::string& getHwSrcDB() const { return hwSrcDB_; }
+    /// Stores the text, the empty one included.
+    void setHwSrcDB(const std::string& srcDb);
+
+    /// Free attributes, by name.
+    const std::map<std::string, std::string>& getFileAttrs() const { return fileAttrs_; }
+    /// Sets an attribute, replacing an earlier value; false and nothing changed when either text is
+    /// empty.
+    bool addFileAttr(const std::string& name, const std::string& value);
+
+    /// Equality of file, file type, role, hierarchy path, container path and source database, texts
+    /// without regard to case. Attributes do not count.
+    bool operator==(const HHDFHwDefFile& other) const;
+
+private:
+    friend class BomList;
+
+    std::unique_ptr<HUTFile> file_;
+    HHDFHwDefFileTypes::HWHFileType fileType_ = HHDFHwDefFileTypes::UNKNOWN;
+    HHDFHwDefFileTypes::HWHBDType bdFileType_ = HHDFHwDefFileTypes::UNKNOWN_BD;
+    std::string hierPath_;
+    std::string hwDefFilePath_;
+    std::string hwSrcDB_;
+    std::map<std::string, std::string> fileAttrs_;
+    BomList* list_ = nullptr;  // the list that looks this entry up by source database, if any
+};

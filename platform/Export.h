@@ -1,0 +1,8 @@
+#pragma once
+
+/// Marks what the shared library exports; everything else is hidden.
+#if defined(HWDEF_STATIC)
+#define HWDEF_API
+#else
+#define HWDEF_API __attribute__((visibility("default")))
+#endif

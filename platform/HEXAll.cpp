@@ -1,0 +1,3 @@
+#include "platform/HEXAll.h"
+
+HEXAll::~HEXAll() = default;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/Export.h"
+
+/// One element of a parsed XML document, seen through three operations.
+///
+/// Callers may derive their own elements from it. Names and values live as long as the element.
+class HWDEF_API HXMLWElement {
+public:
+    HXMLWElement() = default;
+    HXMLWElement(const HXMLWElement&) = delete;
+    HXMLWElement& operator=(const HXMLWElement&) = delete;
+
+    /// The element's name.
+    virtual const char* getTagName() const = 0;
+    /// The value of the attribute of that exact name; null when the element has none.
+    virtual const char* getAttribute(const char* name) const = 0;
+    /// The child elements in document order; empty when there are none, a null pointer when the
+    /// list can't be had. The elements belong to the document; the list is the caller's to share.
+    virtual std::shared_ptr<std::vector<HXMLWElement*>> getChildren() const = 0;
+
+    virtual ~HXMLWElement();
+};

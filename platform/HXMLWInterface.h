@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/Export.h"
+#include "platform/HXMLWElement.h"
+
+/// A parsed XML document.
+///
+/// Entities beyond the five predefined ones and character references are not expanded, and nothing
+/// outside the buffer is ever read. Nesting of any depth is parsed without recursion.
+class HWDEF_API HXMLWInterface {
+public:
+    /// Where and why a document didn't parse.
+    struct Error {
+        std::size_t line = 0;    ///< from 1; 0 when nothing failed
+        std::size_t column = 0;  ///< in bytes, from 1
+        std::string text;        ///< what was found or expected there; empty when nothing failed
+    };
+
+    HXMLWInterface();
+    ~HXMLWInterface();
+    HXMLWInterface(const HXMLWInterface&) = delete;
+    HXMLWInterface& operator=(const HXMLWInterface&) = delete;
+
+    /// Parses a document held in memory, in place of any earlier one; the elements of the earlier
+    /// one are gone. True when it is well formed and has a root element; error() tells otherwise.
+    /// Pass the text by moving it in to save a copy.
+    bool readFromBuffer(std::string buffer);
+
+    /// The root element, owned by this object; null when nothing was parsed.
+    HXMLWElement* getRootElement() const;
+
+    /// What the last readFromBuffer stumbled over.
+    const Error& error() const;
+
+private:
+    class Document;
+    std::unique_ptr<Document> document_;
+};

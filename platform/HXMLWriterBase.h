@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/Export.h"
+
+/// Writes one XML document to a file, tag by tag.
+///
+/// Attribute values come back from HXMLWInterface byte for byte, newlines, tabs, quotes and
+/// non-ASCII letters included. Every failure throws HEXAll: a file that can't be opened or written,
+/// a text that XML 1.0 (section 2.2) can't carry (control characters, invalid UTF-8; the text names
+/// element, attribute and byte position), and tags that do not nest.
+class HWDEF_API HXMLWriterBase {
+public:
+    /// Opens the document; what stood at the path is replaced.
+    explicit HXMLWriterBase(const std::string& path);
+    /// Releases the file; a document that wasn't closed is left unfinished.
+    ~HXMLWriterBase();
+    HXMLWriterBase(const HXMLWriterBase&) = delete;
+    HXMLWriterBase& operator=(const HXMLWriterBase&) = delete;
+
+    /// Queues an attribute for the next tag; attributes appear in the order queued.
+    void addAttr(const std::string& name, const std::string& value);
+    /// Writes a start tag with the queued attributes and clears the queue.
+    void wrStartTag(const std::string& name);
+    /// Writes an empty-element tag with the queued attributes and clears the queue.
+    void wrEmptyTag(const std::string& name);
+    /// Writes the end tag of the innermost open element, which must be `name`.
+    void wrEndTag(const std::string& name);
+    /// Finishes the document: every element must be closed, and all bytes reach the file.
+    void closeDoc();
+
+private:
+    class Document;
+    std::unique_ptr<Document> document_;
+};

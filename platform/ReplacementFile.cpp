@@ -1,0 +1,95 @@
+#include "platform/ReplacementFile.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <cerrno>
+#include <cstdint>
+
+#include "platform/SystemCalls.h"
+
+namespace platform {
+
+namespace {
+
+namespace fs = boost::filesystem;
+
+/// As many links in a row as the system itself follows.
+constexpr int maxLinks = 40;
+
+/// The path that a chain of links ends at; it need not exist.
+fs::path followLinks(fs::path path)
+{
+    for (int i = 0; i < maxLinks; ++i) {
+        boost::system::error_code error;
+        if (fs::symlink_status(path, error).type() != fs::symlink_file) {
+            return path;
+        }
+        const fs::path next = fs::read_symlink(path, error);
+        if (error) {
+            return path;
+        }
+        path = next.is_absolute() ? next : path.parent_path() / next;
+    }
+    throw FileError(path.string(), "follow the link", ELOOP);
+}
+
+/// A name beside the target that no other call of this process uses; O_EXCL settles the rest. It
+/// does not hold the target's name, which may be as long as the system allows.
+std::string temporaryName(const fs::path& target)
+{
+    static std::atomic<std::uint32_t> counter{0};
+    const std::string name = ".hwdef-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".tmp";
+    return (target.parent_path() / name).string();
+}
+
+}  // namespace
+
+ReplacementFile::ReplacementFile(const std::string& target) : target_(followLinks(target).string())
+{
+    struct stat status = {};
+    const bool exists = ::stat(target_.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode)) {
+        throw FileError(target_, "replace what is no regular file", S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    }
+    for (;;) {
+        temporary_ = temporaryName(target_);
+        try {
+            file_ = File::open(temporary_, O_RDWR | O_CREAT | O_EXCL);
+            break;
+        } catch (const FileError& error) {
+            // Left over by a process that was killed: take the next name.
+            if (error.error() != EEXIST) {
+                throw FileError(target_, "make a temporary file beside it", error.error());
+            }
+        }
+    }
+    if (exists) {
+        try {
+            file_.setMode(status.st_mode & 07777);
+        } catch (...) {
+            SystemCalls::get().unlink(temporary_.c_str());
+            throw;
+        }
+    }
+}
+
+ReplacementFile::~ReplacementFile()
+{
+    if (!temporary_.empty()) {
+        SystemCalls::get().unlink(temporary_.c_str());
+    }
+}
+
+void ReplacementFile::commit()
+{
+    file_.close();
+    if (SystemCalls::get().rename(temporary_.c_str(), target_.c_str()) != 0) {
+        throw FileError(target_, "put the new file in its place", errno);
+    }
+    temporary_.clear();
+}
+
+}  // namespace platform

@@ -1,0 +1,95 @@
+#include "platform/SystemCalls.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace platform {
+
+namespace {
+
+SystemCalls& systemsOwn()
+{
+    static SystemCalls calls;
+    return calls;
+}
+
+SystemCalls* inForce = nullptr;
+
+}  // namespace
+
+SystemCalls::~SystemCalls() = default;
+
+int SystemCalls::open(const char* path, int flags, mode_t mode)
+{
+    return ::open(path, flags, mode);
+}
+
+int SystemCalls::close(int file)
+{
+    return ::close(file);
+}
+
+ssize_t SystemCalls::read(int file, void* buffer, std::size_t size)
+{
+    return ::read(file, buffer, size);
+}
+
+ssize_t SystemCalls::pread(int file, void* buffer, std::size_t size, off_t offset)
+{
+    return ::pread(file, buffer, size, offset);
+}
+
+ssize_t SystemCalls::write(int file, const void* buffer, std::size_t size)
+{
+    return ::write(file, buffer, size);
+}
+
+ssize_t SystemCalls::pwrite(int file, const void* buffer, std::size_t size, off_t offset)
+{
+    return ::pwrite(file, buffer, size, offset);
+}
+
+ssize_t SystemCalls::copyFileRange(int from, off_t* fromOffset, int to, off_t* toOffset, std::size_t size)
+{
+    return ::copy_file_range(from, fromOffset, to, toOffset, size, 0);
+}
+
+int SystemCalls::ftruncate(int file, off_t size)
+{
+    return ::ftruncate(file, size);
+}
+
+int SystemCalls::fstat(int file, struct stat* status)
+{
+    return ::fstat(file, status);
+}
+
+int SystemCalls::fchmod(int file, mode_t mode)
+{
+    return ::fchmod(file, mode);
+}
+
+int SystemCalls::rename(const char* from, const char* to)
+{
+    return ::rename(from, to);
+}
+
+int SystemCalls::unlink(const char* path)
+{
+    return ::unlink(path);
+}
+
+SystemCalls& SystemCalls::get()
+{
+    return inForce != nullptr ? *inForce : systemsOwn();
+}
+
+SystemCalls* SystemCalls::replace(SystemCalls* calls)
+{
+    SystemCalls* earlier = inForce;
+    inForce = calls;
+    return earlier;
+}
+
+}  // namespace platform

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/iostreams/ArchiveReader.h"
+
+namespace iostreams::zip {
+
+/// Writes a whole new archive; one writer serves a whole packaging run.
+///
+/// Nothing is visible at the path until commit(): then the new archive takes the old one's place.
+/// A writer that goes away without commit() leaves no trace. Members appear in the order added, with
+/// fixed times and modes, so that the same input gives the same bytes. Input passes through reused
+/// buffers, never a whole member in memory.
+///
+/// The operations that add return false, with `reason` in one sentence, when the source can't be
+/// read; the archive is then as if the call had not been made. Failures of the archive itself throw
+/// zip_exception and leave the writer fit for destruction only.
+class ArchiveWriter {
+public:
+    explicit ArchiveWriter(const std::string& path);
+    ~ArchiveWriter();
+    ArchiveWriter(const ArchiveWriter&) = delete;
+    ArchiveWriter& operator=(const ArchiveWriter&) = delete;
+
+    /// True when a member of that name was added.
+    bool contains(std::string_view name) const;
+
+    /// Adds a file from disk. A member of that name added before is replaced.
+    bool addFile(const std::string& source, const std::string& name, std::string& reason);
+    /// Adds a member of another archive as it is compressed there; its CRC-32 is kept, its content is
+    /// not unpacked. Its local header is held against the directory as for reading. The archive may
+    /// be the one that this writer is about to replace.
+    bool addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
+                   std::string& reason);
+
+    /// Writes the directory and puts the archive in place; with `attachDigest` the archive digest
+    /// (see HUTZip) is part of it. Throws zip_exception; the old archive is then as it was.
+    void commit(bool attachDigest);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace iostreams::zip

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/File.h"
+
+namespace iostreams::zip {
+
+/// Where the central directory stands and how many records it has: the end of central directory
+/// record (APPNOTE 4.3.16) with its zip64 form (4.3.14, 4.3.15) resolved.
+struct EndRecord {
+    std::uint64_t entryCount = 0;
+    std::uint64_t directorySize = 0;    ///< in bytes
+    std::uint64_t directoryOffset = 0;  ///< as stored: from the first byte of the archive
+    std::string comment;
+
+    std::uint64_t prefixSize = 0;  ///< bytes in front of the archive: stored offsets count from here
+    std::uint64_t position = 0;    ///< of the end records (zip64 ones included) in the file
+    std::uint64_t end = 0;         ///< of the end records with the comment, in the file
+};
+
+/// Finds and checks the end record of an archive: one read of the tail; when the end of the file
+/// holds none, a search back through the whole file for the last one that an interrupted addition
+/// may have left there (see docs/container-format.md). Throws zip_exception when there is none, and
+/// for split archives and numbers that lie outside the file.
+EndRecord findEndRecord(const platform::File& file);
+
+/// Appends the end record to `out`, with the zip64 records in front when a number needs them.
+/// `prefixSize + directoryOffset + directorySize` must be where the record will stand.
+void appendEndRecord(std::string& out, const EndRecord& record);
+
+}  // namespace iostreams::zip
