@@ -1,0 +1,145 @@
+#include <fcntl.h>
+
+#include <vector>
+
+#include "hwdef/container/MemberEntry.h"
+#include "hwdef/container/Sha1.h"
+#include "hwdef/container/SourceArchives.h"
+#include "hwdef/model/HHDFHwDefImp.h"
+#include "platform/ComMsgMgr.h"
+#include "platform/File.h"
+#include "platform/iostreams/MemberReader.h"
+
+namespace {
+
+constexpr std::size_t bufferBytes = 128 * 1024;
+
+/// Computes digest texts, one file or member after the other, through one buffer.
+class Digester {
+public:
+    /// False when the entry stands for a file on disk that can't be read.
+    bool digest(const MemberEntry& member, std::string& text)
+    {
+        const std::string archive = member.archive();
+        sha1_.reset();
+        if (!archive.empty()) {
+            addMember(archive, member);
+        } else if (!addFile(member.diskPath())) {
+            return false;
+        }
+        text = sha1_.finish();
+        return true;
+    }
+
+    std::string overall(const std::map<std::string, std::string>& digestMap)
+    {
+        sha1_.reset();
+        for (const auto& [name, text] : digestMap) {
+            sha1_.add(text.data(), text.size());
+        }
+        return sha1_.finish();
+    }
+
+private:
+    /// A member that isn't there counts as empty, and so does one that can't be read to its end, whose
+    /// reason is sent.
+    void addMember(const std::string& archive, const MemberEntry& member)
+    {
+        std::string reason;
+        const iostreams::zip::ArchiveReader* reader = archives_.open(archive, reason);
+        if (reader != nullptr) {
+            reason = addContent(*reader, member);
+        }
+        if (!reason.empty()) {
+            sha1_.reset();
+            ComMsgMgr::sendMessage(reason, false);
+        }
+    }
+
+    std::string addContent(const iostreams::zip::ArchiveReader& reader, const MemberEntry& member)
+    {
+        try {
+            const iostreams::zip::Entry* entry = findMember(reader, member);
+            if (entry == nullptr) {
+                return {};
+            }
+            iostreams::zip::MemberReader content(reader, *entry);
+            while (const std::size_t count = content.read(buffer_.data(), buffer_.size())) {
+                sha1_.add(buffer_.data(), count);
+            }
+            return {};
+        } catch (const iostreams::device::detail::zip_exception& error) {
+            return error.what();
+        }
+    }
+
+    bool addFile(const std::string& path)
+    {
+        try {
+            const platform::File file = platform::File::openRegular(path, O_RDONLY);
+            while (const std::size_t count = file.read(buffer_.data(), buffer_.size())) {
+                sha1_.add(buffer_.data(), count);
+            }
+            return true;
+        } catch (const platform::FileError&) {
+            return false;
+        }
+    }
+
+    SourceArchives archives_;
+    Sha1 sha1_;
+    std::vector<char> buffer_ = std::vector<char>(bufferBytes);
+};
+
+}  // namespace
+
+void HHDFHwDef::addDigestForFile(std::string name, std::string digest)
+{
+    if (implementation_ == nullptr) {
+        return;
+    }
+    if (digest.empty()) {
+        // No member has it, so it need not be kept to be found different.
+        implementation_->fileDigests.erase(name);
+    } else {
+        implementation_->fileDigests.insert_or_assign(std::move(name), std::move(digest));
+    }
+}
+
+void HHDFHwDef::updateDigest(std::string& digest, Texts& digestMap)
+{
+    if (implementation_ != nullptr) {
+        implementation_->digest = digest;
+        implementation_->fileDigests = digestMap;
+    }
+}
+
+bool HHDFHwDef::calculateDigest(std::string& digest, Texts& digestMap)
+{
+    Digester digester;
+    if (implementation_ != nullptr) {
+        forEachMember(*implementation_, [&](const MemberEntry& member) {
+            std::string text;
+            if (digester.digest(member, text)) {
+                digestMap[member.name()] = std::move(text);
+            }
+        });
+    }
+    digest = digester.overall(digestMap);
+    return true;
+}
+
+bool HHDFHwDef::compareDigest(std::string& digest, Texts& digestMap, std::string& message)
+{
+    if (implementation_ == nullptr) {
+        return false;
+    }
+    for (const auto& [name, computed] : digestMap) {
+        const auto stored = implementation_->fileDigests.find(name);
+        if (stored == implementation_->fileDigests.end() || stored->second != computed) {
+            message = "File: " + name + " has been tampered.";
+            return false;
+        }
+    }
+    return digest == implementation_->digest;
+}
