@@ -17,7 +17,8 @@ public:
     /// Makes a directory when this object holds none; nothing otherwise.
     void open(const std::string& name);
     /// Makes a new directory below the process's scratch root, named `name` ("HWH" when that is
-    /// empty) made unique, and stores its absolute path. True when it can be written to.
+    /// empty) made unique, and stores its absolute path. True when it can be written to. Without a
+    /// scratch root its reason is sent by ComMsgMgr::sendMessage and the object holds no directory.
     bool createTmpDir(const std::string& name);
     /// The directory's absolute path; empty when the object holds none.
     const std::string& getDir() const { return dir_; }

@@ -1,0 +1,165 @@
+#include <boost/filesystem/exception.hpp>
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <memory>
+
+#include "hwdef/bom/HHDFHwDefBomReader.h"
+#include "hwdef/model/HHDFHwDefImp.h"
+#include "platform/ComMsgMgr.h"
+#include "platform/HEXAll.h"
+#include "platform/HSTStringUtils.h"
+#include "platform/HUTPathUtils.h"
+#include "platform/HUTZip.h"
+#include "platform/HXMLWInterface.h"
+#include "platform/iostreams/ArchiveReader.h"
+
+using iostreams::zip::ArchiveReader;
+using iostreams::zip::Entry;
+
+namespace {
+
+/// No BOM document comes near this; a larger one is meant to exhaust memory.
+constexpr std::uint64_t bomLimitBytes = 256 * 1024 * 1024;
+
+bool fail(const char* id)
+{
+    ComMsgMgr::sendMsg("hdf", id, 0, ComMsgMgr::FAILURE);
+    return false;
+}
+
+bool fail(const char* id, const std::string& argument)
+{
+    ComMsgMgr::sendMsg("hdf", id, 1, ComMsgMgr::FAILURE, argument.c_str());
+    return false;
+}
+
+/// The archive, or null for what can't be read as one.
+std::unique_ptr<ArchiveReader> openArchive(const std::string& path)
+{
+    try {
+        return std::make_unique<ArchiveReader>(path);
+    } catch (const HEXAll&) {
+        return nullptr;
+    }
+}
+
+/// The member's content; empty, after the reason was sent, when it can't be read.
+std::string readBom(const ArchiveReader& archive, const Entry& entry)
+{
+    try {
+        return archive.read(entry, bomLimitBytes);
+    } catch (const iostreams::device::detail::zip_exception& error) {
+        ComMsgMgr::sendMessage(error.what(), false);
+        return {};
+    }
+}
+
+/// The container's path without its extension, made absolute. The extension is what follows the last
+/// "." of the whole path, of a directory's name too.
+std::string unzipDirOf(const std::string& containerPath)
+{
+    const std::string dir = containerPath.substr(0, containerPath.rfind('.'));
+    if (boost::filesystem::path(containerPath).has_root_directory()) {
+        return dir;
+    }
+    return boost::filesystem::current_path().string() + HUTFile::getDirSeparator() + dir;
+}
+
+bool passesDigestCheck(HHDFHwDef& def, const std::string& recorded)
+{
+    std::string digest;
+    std::map<std::string, std::string> digestMap;
+    def.calculateDigest(digest, digestMap);
+    std::string message;
+    if (def.compareDigest(digest, digestMap, message) || recorded.empty()) {
+        return true;
+    }
+    return fail("@64-23@%s", message);
+}
+
+/// What of the container the BOM document alone tells.
+bool readDocument(HHDFHwDefImp& imp, std::string buffer, bool checkIntegrity, const std::string& driverPath)
+{
+    HXMLWInterface document;
+    document.readFromBuffer(std::move(buffer));
+    HXMLWElement* root = document.getRootElement();
+    if (root == nullptr) {
+        return false;
+    }
+    const std::string version = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("Version"));
+    const std::string minor = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("Minor"));
+    const std::string digest = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("DIGEST"));
+    if (HSTStringUtils::iequals(version, "1")) {
+        HHDFHwDefBomReader(imp.owner, root).readHDF(driverPath);
+    }
+    if (checkIntegrity && HSTStringUtils::iequals(minor, "2")) {
+        return passesDigestCheck(*imp.owner, digest);
+    }
+    if (checkIntegrity && HSTStringUtils::iequals(minor, "3") &&
+        HUTZip::checkIntegrity(*imp.container) != 0) {
+        return fail("@64-25@");
+    }
+    return true;
+}
+
+/// The steps of opening from the first look into the archive on.
+bool readContainer(HHDFHwDefImp& imp, const std::string& path, bool checkIntegrity,
+                   const std::string& driverPath)
+{
+    std::unique_ptr<ArchiveReader> archive = openArchive(path);
+    std::string bomMember = "hwdef.xml";
+    const Entry* bom = archive == nullptr ? nullptr : archive->find(bomMember);
+    if (archive != nullptr && bom == nullptr) {
+        bomMember = "sysdef.xml";
+        bom = archive->find(bomMember);
+    }
+    if (bom == nullptr) {
+        return fail("@64-4@%s", path);
+    }
+    imp.unzipDir = unzipDirOf(path);
+    std::string buffer = readBom(*archive, *bom);
+    archive.reset();  // its directory and the parsed document need not share the memory
+    if (buffer.empty()) {
+        return fail("@64-11@%s", bomMember);
+    }
+    return readDocument(imp, std::move(buffer), checkIntegrity, driverPath);
+}
+
+}  // namespace
+
+bool HHDFHwDefImp::init(bool checkIntegrity, const std::string& driverPath)
+{
+    if (container == nullptr) {
+        return fail("@64-6@");
+    }
+    std::string path;
+    container->getFullPath(path);
+    if (!HUTPathUtils::exists(path)) {
+        return fail("@64-5@%s", path);
+    }
+    try {
+        return readContainer(*this, path, checkIntegrity, driverPath);
+    } catch (const HEXAll& error) {
+        ComMsgMgr::sendMessage(error.what(), false);
+    } catch (const boost::filesystem::filesystem_error& error) {
+        ComMsgMgr::sendMessage(error.what(), false);
+    }
+    return false;
+}
+
+bool HHDFHwDef::init(bool checkIntegrity, std::string driverPath)
+{
+    return implementation_ != nullptr && implementation_->init(checkIntegrity, driverPath);
+}
+
+void HHDFHwDef::getContainerFullPath(std::string& path) const
+{
+    if (implementation_ != nullptr && implementation_->container != nullptr) {
+        implementation_->container->getCanonicalName(path);
+    }
+}
+
+std::string HHDFHwDef::getUnzipDir() const
+{
+    return implementation_ == nullptr ? std::string() : implementation_->unzipDir;
+}
