@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <boost/filesystem/path.hpp>
+#include <vector>
+
+#include "hwdef/container/ArchiveOutput.h"
+#include "hwdef/container/Extraction.h"
+#include "hwdef/container/MemberSource.h"
+#include "hwdef/container/SafePath.h"
+#include "hwdef/model/HHDFHwDefImp.h"
+#include "platform/ComMsgMgr.h"
+#include "platform/HEXAll.h"
+#include "platform/HSTStringUtils.h"
+#include "platform/HUTCoreContainer.h"
+
+using iostreams::zip::ArchiveReader;
+using iostreams::zip::ArchiveWriter;
+using iostreams::zip::Entry;
+
+namespace {
+
+/// Carries the members of the archive that is there over, except those that were written anew.
+void keepOtherMembers(const ArchiveReader& present, ArchiveWriter& archive)
+{
+    for (const Entry& entry : present.entries()) {
+        const bool isListedAgain = present.find(entry.name) != &entry;
+        if (isListedAgain || archive.contains(entry.name)) {
+            continue;
+        }
+        std::string reason;
+        if (!archive.addMember(present, entry, std::string(entry.name), reason)) {
+            throw HEXAll(present.path() + ": member \"" + std::string(entry.name) +
+                         "\" can't be kept, so nothing is added: " + reason);
+        }
+    }
+}
+
+void exportToArchive(const HHDFHwDefImp& def, const std::string& bomPath, const std::string& path)
+{
+    try {
+        const std::unique_ptr<ArchiveReader> present = ArchiveReader::openIfExists(path);
+        ArchiveWriter archive(path);
+        addAllMembers(def, bomPath, path, archive);
+        if (present != nullptr) {
+            keepOtherMembers(*present, archive);
+        }
+        archive.commit(false);
+    } catch (const HEXAll& error) {
+        ComMsgMgr::sendMessage(error.what(), false);
+    }
+}
+
+class DirectoryOutput : public MemberOutput {
+public:
+    explicit DirectoryOutput(const std::string& dir) : dir_(dir), safePath_(dir) {}
+
+    std::string place(const std::string& name) const override
+    {
+        return boost::filesystem::path(name).lexically_normal().string();
+    }
+
+    bool put(const std::string& name, const MemberSource& source, std::string& reason) override
+    {
+        reason = safePath_.objection(name);
+        if (!reason.empty()) {
+            return false;
+        }
+        const std::string target = dir_ + HUTFile::getDirSeparator() + name;
+        const std::string parent = boost::filesystem::path(target).parent_path().string();
+        if (!HUTFile::ensureWritableDirectory(parent)) {
+            reason = parent + " is no directory that can be written to";
+            return false;
+        }
+        if (source.archive == nullptr) {
+            return HUTCoreContainer::cp(source.file, target, true, &reason);
+        }
+        return extract(source, target, reason);
+    }
+
+private:
+    static bool extract(const MemberSource& source, const std::string& target, std::string& reason)
+    {
+        try {
+            extractMember(*source.archive, *source.entry, target);
+            return true;
+        } catch (const HEXAll& error) {
+            reason = error.what();
+            return false;
+        }
+    }
+
+    const std::string dir_;
+    const SafePath safePath_;
+};
+
+void exportToDirectory(const HHDFHwDefImp& def, const std::string& bomPath, const std::string& dir)
+{
+    DirectoryOutput output(dir);
+    MemberSource bom;
+    bom.file = bomPath;
+    std::string reason;
+    if (!output.put(def.bomName, bom, reason)) {
+        ComMsgMgr::sendMessage(dir + ": member \"" + def.bomName + "\" can't be added: " + reason, false);
+    }
+    putMembers(def, dir, output);
+}
+
+/// Whether a path that is no directory may be written to as an archive, by its extension.
+bool isExportArchive(const std::string& path)
+{
+    std::string extension;
+    HUTFile(path).getExt(extension);
+    if (extension.empty()) {
+        ComMsgMgr::sendMsg("hdf", "@64-27@%s", 1, ComMsgMgr::FAILURE, path.c_str());
+        return false;
+    }
+    if (!HSTStringUtils::iequals(extension, "dsa")) {
+        ComMsgMgr::sendMsg("hdf", "@64-26@", 0, ComMsgMgr::FAILURE);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool HHDFHwDefImp::write(const std::string& path)
+{
+    const bool isDirectory = HUTFile(path).isDir();
+    if (!isDirectory && !isExportArchive(path)) {
+        return false;
+    }
+    const std::string bomPath = stageBom(*this);
+    if (bomPath.empty()) {
+        return false;
+    }
+    if (isDirectory) {
+        exportToDirectory(*this, bomPath, path);
+    } else {
+        exportToArchive(*this, bomPath, path);
+    }
+    return true;
+}
+
+bool HHDFHwDef::write(const std::string& path)
+{
+    if (implementation_ == nullptr) {
+        return false;
+    }
+    implementation_->runDRC();
+    return implementation_->write(path);
+}
+
+void HHDFHwDefImp::removeUnnecessaryFilesForQVA()
+{
+    std::vector<const HHDFHwDefFile*> unnecessary;
+    for (const HHDFHwDefFile* file : bom.slots()) {
+        if (file == nullptr) {
+            continue;
+        }
+        const std::string token = HHDFHwDefFileTypes::getHWHFileTypeStr(file->getFileType());
+        if (std::find(qvaExclusions.begin(), qvaExclusions.end(), token) != qvaExclusions.end()) {
+            unnecessary.push_back(file);
+        }
+    }
+    for (const HHDFHwDefFile* file : unnecessary) {
+        strippedFiles.push_back(bom.remove(file));
+    }
+}
+
+void HHDFHwDef::removeUnnecessaryFilesForQVA()
+{
+    if (implementation_ != nullptr) {
+        implementation_->removeUnnecessaryFilesForQVA();
+    }
+}

@@ -1,0 +1,79 @@
+#include "hwdef/container/SafePath.h"
+
+#include <algorithm>
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+
+namespace {
+
+namespace fs = boost::filesystem;
+
+std::string lexicalObjection(const std::string& name)
+{
+    if (name.empty()) {
+        return "the name is empty";
+    }
+    if (name.find('\0') != std::string::npos) {
+        return "the name holds a null character";
+    }
+    if (name.front() == '/') {
+        return "the name is absolute";
+    }
+    if (name.back() == '/') {
+        return "the name is that of a directory";
+    }
+    const fs::path path(name);
+    if (std::find(path.begin(), path.end(), fs::path("..")) != path.end()) {
+        return "the name climbs out by \"..\"";
+    }
+    if (path.filename() == fs::path(".")) {
+        return "the name is that of a directory";
+    }
+    return {};
+}
+
+bool isBelow(const fs::path& path, const fs::path& dir)
+{
+    const auto [dirEnd, pathEnd] = std::mismatch(dir.begin(), dir.end(), path.begin(), path.end());
+    return dirEnd == dir.end();
+}
+
+}  // namespace
+
+SafePath::SafePath(const std::string& dir)
+{
+    boost::system::error_code error;
+    dir_ = fs::canonical(dir.empty() ? fs::path(".") : fs::path(dir), error).string();
+    if (error) {
+        dir_.clear();  // nothing there yet, so there are no links below it
+    }
+}
+
+std::string SafePath::objection(const std::string& name) const
+{
+    const std::string lexical = lexicalObjection(name);
+    if (!lexical.empty() || dir_.empty()) {
+        return lexical;
+    }
+    fs::path place(dir_);
+    for (const fs::path& component : fs::path(name)) {
+        place /= component;
+        boost::system::error_code error;
+        const fs::file_type type = fs::symlink_status(place, error).type();
+        if (type == fs::file_not_found) {
+            break;  // all that follows will be made anew
+        }
+        if (type != fs::symlink_file) {
+            continue;
+        }
+        const fs::path target = fs::canonical(place, error);
+        if (error) {
+            return place.string() + " is a link that leads nowhere";
+        }
+        if (!isBelow(target, dir_)) {
+            return place.string() + " is a link that leaves the directory";
+        }
+        place = target;
+    }
+    return {};
+}

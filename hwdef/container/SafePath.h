@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+/// Tells which names stay below a directory when a file is written under them.
+class SafePath {
+public:
+    /// `dir` may be a link; it need not exist.
+    explicit SafePath(const std::string& dir);
+
+    /// Why a file must not be written under `name`: it is empty or absolute, climbs by "..", holds a
+    /// null character, ends in a separator, or passes through (or is) a link that leaves the
+    /// directory or leads nowhere. Empty when the name is safe. One status call per component.
+    std::string objection(const std::string& name) const;
+
+private:
+    std::string dir_;
+};
