@@ -95,13 +95,7 @@ private:
 
 void HHDFHwDef::addDigestForFile(std::string name, std::string digest)
 {
-    if (implementation_ == nullptr) {
-        return;
-    }
-    if (digest.empty()) {
-        // No member has it, so it need not be kept to be found different.
-        implementation_->fileDigests.erase(name);
-    } else {
+    if (implementation_ != nullptr) {
         implementation_->fileDigests.insert_or_assign(std::move(name), std::move(digest));
     }
 }
