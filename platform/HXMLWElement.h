@@ -16,10 +16,13 @@ public:
 
     /// The element's name.
     virtual const char* getTagName() const = 0;
-    /// The value of the attribute of that exact name; null when the element has none.
+    /// The value of the attribute of that exact name, the first of repeated ones; null when the
+    /// element has none.
     virtual const char* getAttribute(const char* name) const = 0;
     /// The child elements in document order; empty when there are none, a null pointer when the
-    /// list can't be had. The elements belong to the document; the list is the caller's to share.
+    /// list can't be had. The elements belong to the document and live as long as it, the same ones
+    /// at every call; the list is the caller's to share and must be held while it is walked. Linear in
+    /// the children.
     virtual std::shared_ptr<std::vector<HXMLWElement*>> getChildren() const = 0;
 
     virtual ~HXMLWElement();

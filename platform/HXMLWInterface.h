@@ -10,10 +10,12 @@
 /// A parsed XML document.
 ///
 /// Entities beyond the five predefined ones and character references are not expanded, and nothing
-/// outside the buffer is ever read. Nesting of any depth is parsed without recursion.
+/// outside the buffer is ever read. Comments, processing instructions and character content are
+/// skipped. Nesting of any depth is parsed without recursion.
 class HWDEF_API HXMLWInterface {
 public:
-    /// Where and why a document didn't parse.
+    /// Where and why a document didn't parse: at or right behind what was found, for a document that
+    /// ends too early at its last byte.
     struct Error {
         std::size_t line = 0;    ///< from 1; 0 when nothing failed
         std::size_t column = 0;  ///< in bytes, from 1
@@ -26,8 +28,9 @@ public:
     HXMLWInterface& operator=(const HXMLWInterface&) = delete;
 
     /// Parses a document held in memory, in place of any earlier one; the elements of the earlier
-    /// one are gone. True when it is well formed and has a root element; error() tells otherwise.
-    /// Pass the text by moving it in to save a copy.
+    /// one are gone. The text is UTF-8, whatever its declaration says. True when it is well formed
+    /// (XML 1.0) and has one root element; error() tells otherwise. Repeated attributes, "<" in a value
+    /// and "&" that begins no reference are let pass. Pass the text by moving it in to save a copy.
     bool readFromBuffer(std::string buffer);
 
     /// The root element, owned by this object; null when nothing was parsed.

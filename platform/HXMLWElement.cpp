@@ -1,0 +1,3 @@
+#include "platform/HXMLWElement.h"
+
+HXMLWElement::~HXMLWElement() = default;

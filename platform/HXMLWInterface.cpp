@@ -1,0 +1,264 @@
+#include "platform/HXMLWInterface.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <optional>
+#include <pugixml.hpp>
+#include <utility>
+#include <vector>
+
+#include "platform/XmlText.h"
+
+namespace {
+
+/// As a fragment the parser keeps what stands beside the root element, so that it can be refused,
+/// and trimmed, so that its place is that of the first visible character.
+constexpr unsigned parseFlags = pugi::parse_default | pugi::parse_fragment | pugi::parse_trim_pcdata;
+
+bool isElement(const pugi::xml_node& node)
+{
+    return node.type() == pugi::node_element;
+}
+
+/// One attribute; both texts stand in the document's text.
+struct Attribute {
+    const char* name;
+    const char* value;
+};
+
+/// One element. The document holds its elements in document order in one array, so that the
+/// children of an element begin right behind it; their attributes stand in the same order in
+/// another one, so that those of an element end where the next element's begin.
+class Element final : public HXMLWElement {
+public:
+    const char* getTagName() const override { return name; }
+    const char* getAttribute(const char* wanted) const override;
+    std::shared_ptr<std::vector<HXMLWElement*>> getChildren() const override;
+
+    const char* name = nullptr;
+    const Attribute* attributes = nullptr;
+    Element* behind = nullptr;  ///< the first element that isn't inside this one
+};
+
+const char* Element::getAttribute(const char* wanted) const
+{
+    const Attribute* const end = (this + 1)->attributes;
+    const Attribute* const found = std::find_if(attributes, end, [&](const Attribute& attribute) {
+        return std::strcmp(attribute.name, wanted) == 0;
+    });
+    return found == end ? nullptr : found->value;
+}
+
+std::shared_ptr<std::vector<HXMLWElement*>> Element::getChildren() const
+{
+    auto list = std::make_shared<std::vector<HXMLWElement*>>();
+    // Elements are no constants; it is only the interface that asks a constant one for its children.
+    for (Element* child = const_cast<Element*>(this) + 1; child != behind; child = child->behind) {
+        list->push_back(child);
+    }
+    return list;
+}
+
+/// All elements of a document: what is kept of pugixml's tree, which takes several times as much
+/// memory.
+class Elements {
+public:
+    /// `root` is the root element; its texts must outlive this object.
+    explicit Elements(pugi::xml_node root);
+
+    HXMLWElement* root() const { return elements_.get(); }
+
+private:
+    std::vector<Attribute> attributes_;
+    std::unique_ptr<Element[]> elements_;
+};
+
+/// Calls `visit(element, depth)` for each element in document order, without recursion.
+template <typename Visit>
+void forEachElement(pugi::xml_node root, Visit visit)
+{
+    struct Walker final : pugi::xml_tree_walker {
+        explicit Walker(Visit& visitor) : visit_(visitor) {}
+        bool for_each(pugi::xml_node& node) override
+        {
+            if (isElement(node)) {
+                visit_(node, static_cast<std::size_t>(depth()) + 1);
+            }
+            return true;
+        }
+        Visit& visit_;
+    };
+    visit(root, std::size_t{0});
+    Walker walker(visit);
+    root.traverse(walker);
+}
+
+Elements::Elements(pugi::xml_node root)
+{
+    std::size_t elementCount = 0;
+    std::size_t attributeCount = 0;
+    forEachElement(root, [&](const pugi::xml_node& node, std::size_t) {
+        const auto attributes = node.attributes();
+        attributeCount += static_cast<std::size_t>(std::distance(attributes.begin(), attributes.end()));
+        ++elementCount;
+    });
+    attributes_.reserve(attributeCount);
+    // The last one is no element: it ends the attributes of the one in front of it.
+    elements_ = std::make_unique<Element[]>(elementCount + 1);
+
+    Element* next = elements_.get();
+    std::vector<Element*> open;
+    const auto close = [&](std::size_t depth) {
+        for (; open.size() > depth; open.pop_back()) {
+            open.back()->behind = next;
+        }
+    };
+    forEachElement(root, [&](const pugi::xml_node& node, std::size_t depth) {
+        close(depth);
+        next->name = node.name();
+        next->attributes = attributes_.data() + attributes_.size();
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            attributes_.push_back({attribute.name(), attribute.value()});
+        }
+        open.push_back(next++);
+    });
+    close(0);
+    next->attributes = attributes_.data() + attributes_.size();
+}
+
+/// Where the lines of a text end, kept apart because parsing in place overwrites the text.
+class LineEnds {
+public:
+    explicit LineEnds(const std::string& text) : ends_(text.size())
+    {
+        for (auto at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+            ends_[at] = true;
+        }
+    }
+
+    HXMLWInterface::Error errorAt(std::size_t offset, std::string text) const
+    {
+        const auto before = ends_.begin() + static_cast<std::ptrdiff_t>(std::min(offset, ends_.size()));
+        const auto line = static_cast<std::size_t>(std::count(ends_.begin(), before, true));
+        const auto lineStart =
+            std::find(std::make_reverse_iterator(before), std::make_reverse_iterator(ends_.begin()), true)
+                .base();
+        return {line + 1, static_cast<std::size_t>(before - lineStart) + 1, std::move(text)};
+    }
+
+private:
+    std::vector<bool> ends_;
+};
+
+const char* describe(pugi::xml_parse_status status)
+{
+    switch (status) {
+        case pugi::status_unrecognized_tag:
+            return "a name, \"/\", \"!--\", \"![CDATA[\", \"!DOCTYPE\" or \"?\" expected after \"<\"";
+        case pugi::status_bad_pi:
+            return "processing instruction without \"?>\" at its end";
+        case pugi::status_bad_comment:
+            return "comment without \"-->\" at its end";
+        case pugi::status_bad_cdata:
+            return "CDATA section without \"]]>\" at its end";
+        case pugi::status_bad_doctype:
+            return "document type declaration without its end, or inside an element";
+        case pugi::status_bad_start_element:
+            return "\">\" or \"/>\" expected at the end of a start tag";
+        case pugi::status_bad_attribute:
+            return "attribute of the form name=\"value\" expected";
+        case pugi::status_bad_end_element:
+            return "\">\" expected at the end of an end tag";
+        case pugi::status_end_element_mismatch:
+            return "end tag of the innermost open element expected";
+        case pugi::status_out_of_memory:
+            return "not enough memory for the document";
+        default:
+            return "not well-formed";
+    }
+}
+
+struct RootDefect {
+    std::size_t offset;
+    const char* text;
+};
+
+/// What keeps a tree from having one root element and no text beside it, if anything.
+std::optional<RootDefect> findRootDefect(const pugi::xml_document& tree, std::size_t textSize)
+{
+    for (const pugi::xml_node& node : tree.children()) {
+        const auto offset = static_cast<std::size_t>(node.offset_debug());
+        if (!isElement(node)) {
+            return RootDefect{offset, "text outside the root element"};
+        }
+        if (node.previous_sibling()) {
+            // An element's offset is that of its name, one behind its tag.
+            return RootDefect{offset - 1, "second root element"};
+        }
+    }
+    if (!tree.first_child()) {
+        return RootDefect{textSize, "root element expected"};
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+class HXMLWInterface::Document {
+public:
+    /// Parses the text; the outcome is told by root() and error().
+    void parse(std::string text);
+
+    HXMLWElement* root() const { return elements_ ? elements_->root() : nullptr; }
+    const Error& error() const { return error_; }
+
+private:
+    std::string text_;  // names and values of the elements stand in it
+    std::optional<Elements> elements_;
+    Error error_;
+};
+
+void HXMLWInterface::Document::parse(std::string text)
+{
+    text_ = std::move(text);
+    const LineEnds lines(text_);
+    if (const auto defect = platform::findXmlTextDefect(text_)) {
+        error_ = lines.errorAt(defect->offset, defect->description);
+        return;
+    }
+    pugi::xml_document tree;
+    // The parser overwrites the last byte it is given: hand it the terminator.
+    const pugi::xml_parse_result result =
+        tree.load_buffer_inplace(text_.data(), text_.size() + 1, parseFlags, pugi::encoding_utf8);
+    if (!result) {
+        error_ = lines.errorAt(static_cast<std::size_t>(result.offset), describe(result.status));
+        return;
+    }
+    if (const auto defect = findRootDefect(tree, text_.size())) {
+        error_ = lines.errorAt(defect->offset, defect->text);
+        return;
+    }
+    elements_.emplace(tree.first_child());
+}
+
+HXMLWInterface::HXMLWInterface() : document_(std::make_unique<Document>()) {}
+
+HXMLWInterface::~HXMLWInterface() = default;
+
+bool HXMLWInterface::readFromBuffer(std::string buffer)
+{
+    document_ = std::make_unique<Document>();
+    document_->parse(std::move(buffer));
+    return document_->root() != nullptr;
+}
+
+HXMLWElement* HXMLWInterface::getRootElement() const
+{
+    return document_->root();
+}
+
+const HXMLWInterface::Error& HXMLWInterface::error() const
+{
+    return document_->error();
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// The first place of a text that XML 1.0 (section 2.2) can't carry.
+struct XmlTextDefect {
+    std::size_t offset = 0;   ///< in bytes, from 0
+    std::string description;  ///< what stands there, a clause for people
+};
+
+/// The first defect of the text: a character that XML has no way to write, or a byte that isn't
+/// valid UTF-8; nothing for a text that XML can carry. Linear.
+std::optional<XmlTextDefect> findXmlTextDefect(std::string_view text);
+
+/// True when the text can be the name of an element or an attribute (section 2.3); letters beyond
+/// ASCII are all taken for name characters.
+bool isXmlName(std::string_view text);
+
+}  // namespace platform
