@@ -19,7 +19,7 @@ struct ComMsg {
 ///
 /// All operations may be called from several threads. A handler is called outside the manager's lock
 /// on the sender's thread, so it may send messages and set handlers itself; it may still be running
-/// on another thread when setHandler returns.
+/// on another thread when setHandler returns. What a handler throws is dropped.
 class HWDEF_API ComMsgMgr {
 public:
     using Handler = std::function<void(const ComMsg&)>;
@@ -31,8 +31,8 @@ public:
     /// Sends the catalogue's message `format` ("@group-number@" and one "%s" per expected argument).
     ///
     /// `argCount` texts (`const char*`, null read as empty) follow `mask`. Fewer arguments than the
-    /// identifier has "%s" are allowed: the text then leaves the missing ones out. An identifier that
-    /// the catalogue doesn't know is sent with its arguments as text.
+    /// identifier has "%s" are allowed: the text then leaves the missing ones out. The text of an
+    /// identifier that the catalogue doesn't know is its arguments, joined with ", ".
     static void sendMsg(const char* category, const char* format, int argCount, unsigned mask, ...);
 
     /// Sends a text that has no identifier, with mask 0. The flag is kept for callers' sake and
@@ -41,6 +41,7 @@ public:
 
     /// Makes `handler` the only receiver of messages and returns the earlier one (empty when that
     /// was the default). An empty handler restores the default: one line on standard error with
-    /// severity, identifier and text, control characters escaped.
+    /// severity ("error", "warning", "notice", or "message" for mask 0), identifier and text, written
+    /// in one call. Control characters and what isn't UTF-8 appear as "\x1b", a backslash as two.
     static Handler setHandler(Handler handler);
 };
