@@ -1,8 +1,9 @@
 #include "platform/File.h"
 
+#include <string.h>  // strerrordesc_np
+
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,13 @@ constexpr std::size_t copyBufferBytes = 128 * 1024;
 off_t asOffset(std::uint64_t offset)
 {
     return static_cast<off_t>(offset);
+}
+
+/// The system's text, in no language but English: messages don't change with the process's locale.
+std::string describe(int error)
+{
+    const char* text = ::strerrordesc_np(error);
+    return text != nullptr ? text : "error " + std::to_string(error);
 }
 
 /// Repeats a call for as long as a signal interrupts it.
@@ -56,7 +64,7 @@ void copyThroughBuffer(const File& from, const File& to, std::uint64_t size, std
 }  // namespace
 
 FileError::FileError(const std::string& path, const std::string& operation, int error)
-    : HEXAll(path + ": can't " + operation + ": " + std::generic_category().message(error)), error_(error)
+    : HEXAll(path + ": can't " + operation + ": " + describe(error)), error_(error)
 {
 }
 
@@ -85,6 +93,10 @@ File::~File()
 
 File File::open(const std::string& path, int flags, mode_t mode)
 {
+    // The system would read the path only up to a NUL, and open another file than the one named.
+    if (path.find('\0') != std::string::npos) {
+        throw FileError(path, "open", EINVAL);
+    }
     const int descriptor =
         uninterrupted([&] { return SystemCalls::get().open(path.c_str(), flags | O_CLOEXEC, mode); });
     if (descriptor < 0) {
@@ -168,8 +180,8 @@ void File::writeAt(const void* buffer, std::size_t size, std::uint64_t offset) c
     std::size_t done = 0;
     while (done < size) {
         const ssize_t put = uninterrupted([&] {
-            return SystemCalls::get().pwrite(descriptor_, static_cast<const char*>(buffer) + done, size - done,
-                                             asOffset(offset + done));
+            return SystemCalls::get().pwrite(descriptor_, static_cast<const char*>(buffer) + done,
+                                             size - done, asOffset(offset + done));
         });
         if (put <= 0) {
             throw FileError(path_, "write", put < 0 ? errno : ENOSPC);
@@ -183,7 +195,8 @@ void File::write(const void* buffer, std::size_t size) const
     std::size_t done = 0;
     while (done < size) {
         const ssize_t put = uninterrupted([&] {
-            return SystemCalls::get().write(descriptor_, static_cast<const char*>(buffer) + done, size - done);
+            return SystemCalls::get().write(descriptor_, static_cast<const char*>(buffer) + done,
+                                            size - done);
         });
         if (put <= 0) {
             throw FileError(path_, "write", put < 0 ? errno : ENOSPC);

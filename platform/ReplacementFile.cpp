@@ -41,38 +41,59 @@ fs::path followLinks(fs::path path)
 std::string temporaryName(const fs::path& target)
 {
     static std::atomic<std::uint32_t> counter{0};
-    const std::string name = ".hwdef-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".tmp";
+    const std::string name =
+        ".hwdef-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".tmp";
     return (target.parent_path() / name).string();
+}
+
+/// The path to replace. Nothing need exist there.
+std::string resolve(const std::string& target, ReplacementFile::Links links)
+{
+    // The system would read the path only up to a NUL, and replace another file than the one named.
+    if (target.empty() || target.find('\0') != std::string::npos) {
+        throw FileError(target, "replace", target.empty() ? ENOENT : EINVAL);
+    }
+    return links == ReplacementFile::Links::FOLLOWED ? followLinks(target).string() : target;
 }
 
 }  // namespace
 
-ReplacementFile::ReplacementFile(const std::string& target) : target_(followLinks(target).string())
+ReplacementFile::ReplacementFile(const std::string& target, Links links, std::optional<mode_t> mode)
+    : target_(resolve(target, links))
 {
+    // All links were followed above: one that appears here is to be replaced.
     struct stat status = {};
-    const bool exists = ::stat(target_.c_str(), &status) == 0;
+    const bool exists = ::lstat(target_.c_str(), &status) == 0 && !S_ISLNK(status.st_mode);
     if (exists && !S_ISREG(status.st_mode)) {
-        throw FileError(target_, "replace what is no regular file", S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+        throw FileError(target_, "replace what is no regular file",
+                        S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    for (;;) {
+    if (exists && !mode) {
+        mode = status.st_mode & 07777;
+    }
+    openTemporary(mode);
+}
+
+void ReplacementFile::openTemporary(std::optional<mode_t> mode)
+{
+    while (!file_.isOpen()) {
         temporary_ = temporaryName(target_);
         try {
-            file_ = File::open(temporary_, O_RDWR | O_CREAT | O_EXCL);
-            break;
+            file_ = File::open(temporary_, O_RDWR | O_CREAT | O_EXCL, mode ? 0600 : 0666);
         } catch (const FileError& error) {
-            // Left over by a process that was killed: take the next name.
+            // A name that exists was left over by a process that was killed: take the next one.
             if (error.error() != EEXIST) {
                 throw FileError(target_, "make a temporary file beside it", error.error());
             }
         }
     }
-    if (exists) {
-        try {
-            file_.setMode(status.st_mode & 07777);
-        } catch (...) {
-            SystemCalls::get().unlink(temporary_.c_str());
-            throw;
+    try {
+        if (mode) {
+            file_.setMode(*mode);
         }
+    } catch (...) {
+        SystemCalls::get().unlink(temporary_.c_str());
+        throw;
     }
 }
 

@@ -4,14 +4,16 @@
 
 #include <cstdio>
 
+#include "platform/NoDestructor.h"
+
 namespace platform {
 
 namespace {
 
 SystemCalls& systemsOwn()
 {
-    static SystemCalls calls;
-    return calls;
+    static NoDestructor<SystemCalls> calls;
+    return *calls;
 }
 
 SystemCalls* inForce = nullptr;
