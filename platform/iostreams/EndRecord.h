@@ -6,8 +6,16 @@
 #include <string>
 
 #include "platform/File.h"
+#include "platform/iostreams/FileTail.h"
 
 namespace iostreams::zip {
+
+constexpr std::uint32_t END_RECORD_SIGNATURE = 0x06054b50;
+constexpr std::uint32_t ZIP64_END_RECORD_SIGNATURE = 0x06064b50;
+constexpr std::uint32_t ZIP64_LOCATOR_SIGNATURE = 0x07064b50;
+constexpr std::size_t END_RECORD_BYTES = 22;        ///< fixed part, APPNOTE 4.3.16
+constexpr std::size_t ZIP64_END_RECORD_BYTES = 56;  ///< fixed part, APPNOTE 4.3.14
+constexpr std::size_t ZIP64_LOCATOR_BYTES = 20;     ///< APPNOTE 4.3.15
 
 /// Where the central directory stands and how many records it has: the end of central directory
 /// record (APPNOTE 4.3.16) with its zip64 form (4.3.14, 4.3.15) resolved.
@@ -24,9 +32,16 @@ struct EndRecord {
 
 /// Finds and checks the end record of an archive: one read of the tail; when the end of the file
 /// holds none, a search back through the whole file for the last one that an interrupted addition
-/// may have left there (see docs/container-format.md). Throws zip_exception when there is none, and
-/// for split archives and numbers that lie outside the file.
+/// may have left there (see docs/container-format.md); `end` then lies before the file's end. Throws
+/// zip_exception when there is none, and for split archives and numbers that lie outside the file.
 EndRecord findEndRecord(const platform::File& file);
+
+/// The same; the tail keeps the bytes that were read.
+EndRecord findEndRecord(FileTail& tail);
+
+/// Reads and checks the end record at `position`, the zip64 records in front of it included. Throws
+/// zip_exception as findEndRecord does. The comment may end before the file does, not behind.
+EndRecord parseEndRecord(const FileTail& tail, std::uint64_t position);
 
 /// Appends the end record to `out`, with the zip64 records in front when a number needs them.
 /// `prefixSize + directoryOffset + directorySize` must be where the record will stand.

@@ -1,0 +1,318 @@
+#include "platform/iostreams/EntryHeaders.h"
+
+#include <algorithm>
+#include <boost/locale/utf.hpp>
+#include <cassert>
+#include <charconv>
+#include <chrono>
+#include <cstdlib>
+#include <limits>
+
+#include "platform/iostreams/LittleEndian.h"
+#include "platform/iostreams/ZipException.h"
+
+namespace iostreams::zip {
+
+namespace {
+
+constexpr std::uint32_t saturated32 = 0xffffffff;  // "see the zip64 field"
+constexpr std::uint16_t saturated16 = 0xffff;
+constexpr std::uint16_t zip64Id = 0x0001;
+constexpr std::uint16_t comparedFlags =
+    FLAG_ENCRYPTED | FLAG_DESCRIPTOR | FLAG_STRONG_ENCRYPTION | FLAG_MASKED_HEADERS;
+constexpr std::uint16_t madeByUnix = 3U << 8U;
+constexpr std::uint32_t attributesOfFile = 0100644U << 16U;  // st_mode of a plain file, rw-r--r--
+constexpr std::size_t localZip64Bytes = 4 + 2 * 8;
+
+bool isSaturated(std::uint64_t number)
+{
+    return number >= saturated32;
+}
+
+std::uint32_t saturate(std::uint64_t number)
+{
+    return isSaturated(number) ? saturated32 : static_cast<std::uint32_t>(number);
+}
+
+/// Both sizes go to the zip64 field of a local header as soon as one of them must (APPNOTE 4.5.3).
+bool needsLocalZip64(const Entry& entry)
+{
+    return isSaturated(entry.size) || isSaturated(entry.compressedSize);
+}
+
+/// The zip64 extra field of a record: one number for each saturated field of the record, in fixed
+/// order.
+class Zip64Field {
+public:
+    explicit Zip64Field(std::string_view extra)
+    {
+        while (extra.size() >= 4) {
+            const std::size_t size = std::min<std::size_t>(load16(extra.data() + 2), extra.size() - 4);
+            if (load16(extra.data()) == zip64Id) {
+                rest_ = extra.substr(4, size);
+                return;
+            }
+            extra.remove_prefix(4 + size);
+        }
+    }
+
+    /// Replaces a saturated number by the field's next one; false when the field has no more.
+    bool resolve(std::uint64_t& number)
+    {
+        if (number != saturated32) {
+            return true;
+        }
+        if (rest_.size() < 8) {
+            return false;
+        }
+        number = load64(rest_.data());
+        rest_.remove_prefix(8);
+        return true;
+    }
+
+    /// The same for the 16-bit number of a disk, which takes four bytes here.
+    bool resolveDisk(std::uint32_t& disk)
+    {
+        if (disk != saturated16) {
+            return true;
+        }
+        if (rest_.size() < 4) {
+            return false;
+        }
+        disk = load32(rest_.data());
+        rest_.remove_prefix(4);
+        return true;
+    }
+
+private:
+    std::string_view rest_;
+};
+
+std::string both(const std::string& what, const std::string& local, const std::string& listed)
+{
+    return "local header has " + what + " " + local + ", directory has " + listed;
+}
+
+/// Holds one size of the local header against the directory's.
+void checkSize(const char* what, std::uint64_t local, std::uint64_t listed, const Entry& entry,
+               const std::string& archive)
+{
+    const bool comesLater = (entry.flags & FLAG_DESCRIPTOR) != 0 && local == 0;
+    if (local != listed && !comesLater) {
+        throw memberError(archive, entry.name, both(what, std::to_string(local), std::to_string(listed)));
+    }
+}
+
+/// Holds CRC-32 and sizes of the local header against the directory's.
+void checkNumbers(const char* fixed, std::string_view extra, const Entry& entry, const std::string& archive)
+{
+    const std::uint32_t crc = load32(fixed + 14);
+    std::uint64_t compressedSize = load32(fixed + 18);
+    std::uint64_t size = load32(fixed + 22);
+    Zip64Field zip64(extra);
+    if (!zip64.resolve(size) || !zip64.resolve(compressedSize)) {
+        throw memberError(archive, entry.name, "local header has no zip64 field for its sizes");
+    }
+    const bool comesLater = (entry.flags & FLAG_DESCRIPTOR) != 0 && crc == 0;
+    if (crc != entry.crc && !comesLater) {
+        throw memberError(archive, entry.name, both("CRC-32", hex(crc), hex(entry.crc)));
+    }
+    checkSize("compressed size", compressedSize, entry.compressedSize, entry, archive);
+    checkSize("size", size, entry.size, entry, archive);
+}
+
+/// Version, flags, method, time, CRC-32 and sizes: the part that both kinds of header share.
+void appendCommonFields(std::string& out, const Entry& entry, bool zip64, bool bothSizes)
+{
+    append16(out, zip64 ? 45 : entry.method == METHOD_STORED ? 10 : 20);  // needed to extract, 4.4.3
+    append16(out, needsUtf8Flag(entry.name) ? FLAG_UTF8 : 0);
+    append16(out, entry.method);
+    append32(out, modificationTime());
+    append32(out, entry.crc);
+    append32(out, bothSizes ? saturated32 : saturate(entry.compressedSize));
+    append32(out, bothSizes ? saturated32 : saturate(entry.size));
+    assert(entry.name.size() <= saturated16);
+    append16(out, static_cast<std::uint16_t>(entry.name.size()));
+}
+
+}  // namespace
+
+std::size_t directoryRecordLength(std::string_view record)
+{
+    if (record.size() < DIRECTORY_HEADER_BYTES) {
+        return 0;
+    }
+    const char* fixed = record.data();
+    return DIRECTORY_HEADER_BYTES + load16(fixed + 28) + load16(fixed + 30) + load16(fixed + 32);
+}
+
+std::size_t localHeaderLength(std::string_view header)
+{
+    if (header.size() < LOCAL_HEADER_BYTES) {
+        return 0;
+    }
+    return LOCAL_HEADER_BYTES + load16(header.data() + 26) + load16(header.data() + 28);
+}
+
+Entry parseDirectoryRecord(std::string_view record, std::uint64_t prefixSize, const std::string& archive)
+{
+    const char* fixed = record.data();
+    const std::size_t length = directoryRecordLength(record);
+    if (length == 0 || record.size() < length) {
+        throw archiveError(archive, "a record of the central directory is cut off after " +
+                                        std::to_string(record.size()) + " bytes");
+    }
+    if (load32(fixed) != DIRECTORY_HEADER_SIGNATURE) {
+        throw archiveError(archive, "a record of the central directory begins with " + hex(load32(fixed)) +
+                                        ", not with " + hex(DIRECTORY_HEADER_SIGNATURE));
+    }
+    Entry entry;
+    entry.record = record.substr(0, length);
+    entry.flags = load16(fixed + 8);
+    entry.method = load16(fixed + 10);
+    entry.crc = load32(fixed + 16);
+    entry.compressedSize = load32(fixed + 20);
+    entry.size = load32(fixed + 24);
+    entry.name = record.substr(DIRECTORY_HEADER_BYTES, load16(fixed + 28));
+    std::uint32_t disk = load16(fixed + 34);
+    entry.headerOffset = load32(fixed + 42);
+
+    Zip64Field zip64(record.substr(DIRECTORY_HEADER_BYTES + entry.name.size(), load16(fixed + 30)));
+    if (!zip64.resolve(entry.size) || !zip64.resolve(entry.compressedSize) ||
+        !zip64.resolve(entry.headerOffset) || !zip64.resolveDisk(disk)) {
+        throw memberError(archive, entry.name, "directory has no zip64 field for a size or the offset");
+    }
+    if (disk != 0) {
+        throw memberError(
+            archive, entry.name,
+            "lies on part " + std::to_string(disk) + " of a split archive, which can't be read");
+    }
+    if (entry.headerOffset > std::numeric_limits<std::uint64_t>::max() - prefixSize) {
+        throw memberError(archive, entry.name,
+                          "its offset " + std::to_string(entry.headerOffset) + " lies outside the file");
+    }
+    entry.headerOffset += prefixSize;
+    return entry;
+}
+
+std::size_t checkLocalHeader(std::string_view header, const Entry& entry, const std::string& archive)
+{
+    const std::size_t length = localHeaderLength(header);
+    if (length == 0 || header.size() < length) {
+        throw memberError(archive, entry.name,
+                          "local header is cut off after " + std::to_string(header.size()) + " bytes");
+    }
+    const char* fixed = header.data();
+    if (load32(fixed) != LOCAL_HEADER_SIGNATURE) {
+        throw memberError(
+            archive, entry.name,
+            "local header begins with " + hex(load32(fixed)) + ", not with " + hex(LOCAL_HEADER_SIGNATURE));
+    }
+    const std::string_view name = header.substr(LOCAL_HEADER_BYTES, load16(fixed + 26));
+    if (name != entry.name) {
+        throw memberError(archive, entry.name, "local header has the name " + quoted(name));
+    }
+    const std::uint16_t flags = load16(fixed + 6);
+    if (((flags ^ entry.flags) & comparedFlags) != 0) {
+        throw memberError(archive, entry.name, both("flags", hex(flags), hex(entry.flags)));
+    }
+    const std::uint16_t method = load16(fixed + 8);
+    if (method != entry.method) {
+        throw memberError(archive, entry.name,
+                          both("method", std::to_string(method), std::to_string(entry.method)));
+    }
+    checkNumbers(fixed, header.substr(LOCAL_HEADER_BYTES + name.size(), load16(fixed + 28)), entry, archive);
+    return length;
+}
+
+void appendLocalHeader(std::string& out, const Entry& entry)
+{
+    const bool zip64 = needsLocalZip64(entry);
+    append32(out, LOCAL_HEADER_SIGNATURE);
+    appendCommonFields(out, entry, zip64, zip64);
+    append16(out, zip64 ? localZip64Bytes : 0);
+    out += entry.name;
+    if (zip64) {
+        append16(out, zip64Id);
+        append16(out, localZip64Bytes - 4);
+        append64(out, entry.size);
+        append64(out, entry.compressedSize);
+    }
+}
+
+void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t storedOffset)
+{
+    std::string extra;
+    for (const std::uint64_t number : {entry.size, entry.compressedSize, storedOffset}) {
+        if (isSaturated(number)) {
+            append64(extra, number);
+        }
+    }
+    const bool zip64 = !extra.empty();
+    append32(out, DIRECTORY_HEADER_SIGNATURE);
+    append16(out, madeByUnix | (zip64 ? 45 : 20));
+    appendCommonFields(out, entry, zip64, false);
+    append16(out, static_cast<std::uint16_t>(zip64 ? 4 + extra.size() : 0));
+    append16(out, 0);  // length of the comment
+    append16(out, 0);  // disk
+    append16(out, 0);  // internal attributes
+    append32(out, attributesOfFile);
+    append32(out, saturate(storedOffset));
+    out += entry.name;
+    if (zip64) {
+        append16(out, zip64Id);
+        append16(out, static_cast<std::uint16_t>(extra.size()));
+        out += extra;
+    }
+}
+
+std::size_t localHeaderLength(const Entry& entry)
+{
+    return LOCAL_HEADER_BYTES + entry.name.size() + (needsLocalZip64(entry) ? localZip64Bytes : 0);
+}
+
+std::uint32_t dosTime(std::string_view epoch)
+{
+    using namespace std::chrono;
+    constexpr sys_seconds first = sys_days(year(1980) / 1 / 1);
+    constexpr sys_seconds last = sys_days(year(2108) / 1 / 1) - seconds(2);
+    std::int64_t count = 0;
+    const auto [end, error] = std::from_chars(epoch.data(), epoch.data() + epoch.size(), count);
+    const bool isNumber = error == std::errc() && end == epoch.data() + epoch.size();
+    const sys_seconds time = std::clamp(isNumber ? sys_seconds(seconds(count)) : first, first, last);
+
+    const sys_days day = floor<days>(time);
+    const year_month_day date(day);
+    const hh_mm_ss clock(time - day);
+    const auto years = static_cast<std::uint32_t>(static_cast<int>(date.year()) - 1980);
+    return years << 25U | static_cast<unsigned>(date.month()) << 21U |
+           static_cast<unsigned>(date.day()) << 16U |
+           static_cast<std::uint32_t>(clock.hours().count()) << 11U |
+           static_cast<std::uint32_t>(clock.minutes().count()) << 5U |
+           static_cast<std::uint32_t>(clock.seconds().count()) / 2;
+}
+
+std::uint32_t modificationTime()
+{
+    static const std::uint32_t time = [] {
+        const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
+        return dosTime(epoch != nullptr ? epoch : "");
+    }();
+    return time;
+}
+
+bool needsUtf8Flag(std::string_view name)
+{
+    namespace utf = boost::locale::utf;
+    bool ascii = true;
+    for (auto at = name.begin(); at != name.end();) {
+        const utf::code_point point = utf::utf_traits<char>::decode(at, name.end());
+        if (point == utf::illegal || point == utf::incomplete) {
+            return false;
+        }
+        ascii = ascii && point < 0x80;
+    }
+    return !ascii;
+}
+
+}  // namespace iostreams::zip

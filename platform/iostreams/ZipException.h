@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/File.h"
+#include "platform/iostreams/zip.h"
+
+/// The texts of zip_exception. Control characters of a member's name appear as \xNN.
+namespace iostreams::zip {
+
+using device::detail::zip_exception;
+
+/// `design.hdf: REASON`
+zip_exception archiveError(const std::string& archive, const std::string& reason);
+/// `design.hdf: member "top.bit": REASON`
+zip_exception memberError(const std::string& archive, std::string_view member, const std::string& reason);
+
+/// The system's refusal, as an error of the archive or of one of its members.
+zip_exception archiveError(const std::string& archive, const platform::FileError& error);
+zip_exception memberError(const std::string& archive, std::string_view member,
+                          const platform::FileError& error);
+
+/// The name in double quotes.
+std::string quoted(std::string_view name);
+/// Eight hexadecimal digits.
+std::string hex(std::uint32_t number);
+
+}  // namespace iostreams::zip
