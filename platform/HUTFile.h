@@ -8,13 +8,14 @@
 
 /// One path on disk; nothing needs to exist there. Holding a HUTFile holds no file open.
 ///
-/// The queries that fill a text return true when they could tell, and leave the text untouched
-/// otherwise; none of them throws.
+/// The queries that fill a text return true when it is not empty; it becomes empty otherwise, and
+/// nothing of what it held is left. No operation reports a failure by an exception. A path that holds
+/// a NUL names nothing, whatever stands under its part before the NUL.
 class HWDEF_API HUTFile {
 public:
     /// How copyToDir treats a file of the same name.
     enum CopyMode : std::uint32_t {
-        COPY_KEEP_EXISTING = 1,  ///< an existing file stays and the copy fails
+        COPY_KEEP_EXISTING = 1,  ///< what exists stays and the copy fails; so with all other values
         COPY_OVERWRITE = 3,      ///< an existing file is replaced when the copy is whole
     };
 
@@ -26,18 +27,19 @@ public:
     bool isDir() const;
 
     /// The absolute path, lexically normalised ("." and ".." and repeated separators resolved, no
-    /// trailing separator); links are not resolved and the file need not exist. An empty path has
-    /// none: `name` becomes empty and the result is false.
+    /// trailing separator; ".." above the root stays at the root); links are not resolved and the
+    /// file need not exist. An empty path has none, nor has a relative one when the working
+    /// directory can't be had. Cost: linear in the path, without system calls when it is absolute.
     bool getCanonicalName(std::string& name) const;
-    /// The path as passed, with a leading relative part kept.
+    /// The path as passed.
     bool getFullPath(std::string& path) const;
     /// The last component of the path: what follows the last separator once trailing separators are
-    /// taken off. Empty for an empty path.
+    /// taken off, "." and ".." included. The empty path and the root have none.
     bool getName(std::string& name) const;
-    /// The time of the last modification in seconds since the epoch; false when it can't be had.
+    /// The time of the last modification in seconds since the epoch (links followed); false, and
+    /// `seconds` untouched, when it can't be had.
     bool getLastMod(long& seconds) const;
-    /// The text behind the last "." of the name, without the dot; empty when the name has none or
-    /// only a leading one.
+    /// The text behind the last "." of the name, without the dot. A leading dot starts no extension.
     bool getExt(std::string& extension) const;
 
     /// The path as passed, and its last component without a copy; both live as long as this object.
@@ -46,20 +48,26 @@ public:
 
     /// The separator between the components of a path, "/".
     static std::string getDirSeparator();
-    /// Makes the directory with all missing parents; true when it exists afterwards.
+    /// Makes the directory with all missing parents; true when it is a directory afterwards.
     static bool mkDirRecursive(const std::string& path);
-    /// Makes the directory when it is missing; true when it is a directory that can be written to.
-    /// The empty path (the parent of a bare file name) is the working directory.
+    /// Makes the directory with all missing parents; true when it is a directory afterwards that
+    /// this process may write to. The empty path (the parent of a bare file name) is the working
+    /// directory.
     static bool ensureWritableDirectory(const std::string& path);
-    /// Removes the file, or the directory with all it holds, following no links; true when nothing
-    /// is left there.
+    /// Removes the file, or the directory with all it holds; true when nothing is left there.
+    ///
+    /// Follows no links: one that stands at the path, with or without a trailing separator, or
+    /// anywhere below is removed itself. The root, "." and ".." are refused.
     static bool rmRecursive(const std::string& path);
 
-    /// Copies this file into the directory `dir` under its own name.
+    /// Copies this file into the existing directory `dir` (empty: the working directory) under its
+    /// own name.
     ///
-    /// The copy appears whole or not at all, and has the source's permissions. False when it can't
-    /// be made (this isn't a readable regular file, `dir` is no directory that can be written to, or
-    /// `mode` forbids to replace); `reason`, when given, then says why in one sentence.
+    /// The copy appears whole or not at all, and has the source's permissions. A link that stands at
+    /// its place is replaced; what it points to stays untouched. False when the copy can't be made
+    /// (this isn't a readable regular file, `dir` is no directory that can be written to, a
+    /// directory stands at the place, or `mode` forbids to replace); `reason`, when given, then says
+    /// why in one sentence.
     bool copyToDir(const std::string& dir, std::uint32_t mode, std::string* reason = nullptr) const;
 
 private:
