@@ -12,8 +12,10 @@ public:
     /// The scratch root of this process: an absolute path without a trailing separator.
     ///
     /// The directory is made at the first call, below $TMPDIR (or /tmp), under a name that nobody
-    /// could have prepared, with mode 0700, and is removed when the process ends normally. A forked
-    /// child gets a root of its own. Throws HEXAll when it can't be made. Safe from several threads.
+    /// could have prepared, with mode 0700, and is removed with all it holds when the process ends
+    /// normally, after the destructors of static objects. It is made anew, under another name, when
+    /// someone has removed it, and in a forked child. Throws HEXAll when it can't be made. Safe from
+    /// several threads.
     static std::string getHDITmpDir();
 
     /// The version of this library, "major.minor.patch".
