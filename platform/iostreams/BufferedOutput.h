@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+#include <vector>
+
+#include "platform/File.h"
+
+namespace iostreams::zip {
+
+/// Bytes on their way to one stretch of a file, gathered so that small members cost no system call
+/// each. What was written can be overwritten or taken back.
+///
+/// The file must outlive the output. Whatever the system refuses throws FileError; so does a write
+/// beyond the limit, of which nothing then reaches the file.
+class BufferedOutput {
+public:
+    static constexpr std::uint64_t NO_LIMIT = std::numeric_limits<std::uint64_t>::max();
+
+    /// Writes from `start` on, never at `limit` or behind it.
+    BufferedOutput(const platform::File& file, std::uint64_t start, std::uint64_t limit = NO_LIMIT);
+    BufferedOutput(const BufferedOutput&) = delete;
+    BufferedOutput& operator=(const BufferedOutput&) = delete;
+
+    /// Where in the file the next byte goes.
+    std::uint64_t position() const { return flushed_ + used_; }
+
+    void write(std::string_view bytes);
+    /// Copies from another file, inside the kernel where that is possible.
+    void copyFrom(const platform::File& from, std::uint64_t sizeBytes, std::uint64_t offset);
+    /// Replaces bytes that were written before.
+    void overwrite(std::uint64_t position, std::string_view bytes);
+    /// Takes back everything from `position` on. Bytes that have reached the file stay there until
+    /// others take their place.
+    void rewind(std::uint64_t position);
+    /// Takes the stretch from `from` to `to` out; what follows moves up.
+    void removeStretch(std::uint64_t from, std::uint64_t to);
+    /// Hands what is gathered to the file.
+    void flush();
+
+private:
+    void checkLimit(std::uint64_t position, std::uint64_t sizeBytes) const;
+    void put(std::string_view bytes, std::uint64_t position) const;
+
+    const platform::File& file_;
+    std::uint64_t limit_;
+    std::uint64_t flushed_;  ///< position of the buffer's first byte
+    std::size_t used_ = 0;
+    std::vector<char> buffer_;
+};
+
+}  // namespace iostreams::zip
