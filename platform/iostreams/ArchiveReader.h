@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -26,6 +27,9 @@ public:
     /// The archive, or null when nothing exists at the path; throws as the constructor does.
     static std::unique_ptr<ArchiveReader> openIfExists(const std::string& path);
 
+    /// Another number for each reader of this process, so that bytes kept from one are never taken
+    /// for those of another that stands at the same address.
+    std::uint64_t serial() const { return serial_; }
     const std::string& path() const;
     const platform::File& file() const;
     /// All listed members in directory order, a name that is listed twice included twice.
@@ -39,6 +43,9 @@ public:
     std::string read(const Entry& entry, std::uint64_t limitBytes) const;
 
 private:
+    inline static std::atomic<std::uint64_t> opened_{0};
+    const std::uint64_t serial_ = ++opened_;
+
     class Impl;
     std::unique_ptr<Impl> impl_;
 };

@@ -1,0 +1,193 @@
+#include "platform/iostreams/ArchiveWriter.h"
+
+#include <map>
+#include <unordered_map>
+#include <utility>
+
+#include "platform/ArchiveDigest.h"
+#include "platform/ReplacementFile.h"
+#include "platform/iostreams/EndRecord.h"
+#include "platform/iostreams/EntryHeaders.h"
+#include "platform/iostreams/MemberCopier.h"
+#include "platform/iostreams/MemberWriter.h"
+#include "platform/iostreams/ZipException.h"
+
+namespace iostreams::zip {
+
+namespace {
+
+/// A member in the new archive and its record in the directory to be.
+struct Added {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+    std::size_t record = 0;
+    std::size_t recordSize = 0;
+};
+
+}  // namespace
+
+/// The new archive as far as it is written. The two kinds of source are made when they are first
+/// needed: each holds buffers that a run without such members can do without.
+class ArchiveWriter::Impl {
+public:
+    explicit Impl(const std::string& path) : path_(path), target_(path), out_(target_.file(), 0) {}
+
+    MemberWriter& files();
+    MemberCopier& members();
+    bool add(NewMember& member, std::string& reason);
+    void commit(bool attachDigest);
+
+    std::string path_;
+    std::unordered_map<std::string, Added> added_;
+
+private:
+    Added place(Entry& entry);
+    void writeDirectory(EndRecord& end);
+    void writeDigest();
+
+    platform::ReplacementFile target_;
+    BufferedOutput out_;
+    std::string directory_;                       ///< the records, dropped ones included
+    std::map<std::size_t, std::size_t> dropped_;  ///< position and size of records in `directory_`
+    std::unique_ptr<MemberWriter> files_;
+    std::unique_ptr<MemberCopier> members_;
+};
+
+MemberWriter& ArchiveWriter::Impl::files()
+{
+    if (!files_) {
+        files_ = std::make_unique<MemberWriter>();
+    }
+    return *files_;
+}
+
+MemberCopier& ArchiveWriter::Impl::members()
+{
+    if (!members_) {
+        members_ = std::make_unique<MemberCopier>();
+    }
+    return *members_;
+}
+
+bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
+{
+    const std::uint64_t begin = out_.position();
+    try {
+        Entry entry = member.write(out_);
+        Added added = place(entry);
+        added.record = directory_.size();
+        appendDirectoryRecord(directory_, entry, entry.headerOffset);
+        added.recordSize = directory_.size() - added.record;
+        added_.insert_or_assign(std::string(entry.name), added);
+        return true;
+    } catch (const SourceError& error) {
+        out_.rewind(begin);
+        reason = error.what();
+        return false;
+    }
+}
+
+/// Where the member that was just written lies, once a member of its name has made way.
+Added ArchiveWriter::Impl::place(Entry& entry)
+{
+    const auto same = added_.find(std::string(entry.name));
+    if (same != added_.end()) {
+        const Added old = same->second;
+        dropped_.emplace(old.record, old.recordSize);
+        if (old.end == entry.headerOffset) {
+            out_.removeStretch(old.begin, old.end);
+            entry.headerOffset = old.begin;
+        }
+    }
+    return {entry.headerOffset, out_.position(), 0, 0};
+}
+
+void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
+{
+    end.directoryOffset = out_.position();
+    std::size_t from = 0;
+    for (const auto& [record, size] : dropped_) {
+        out_.write(std::string_view(directory_).substr(from, record - from));
+        from = record + size;
+    }
+    out_.write(std::string_view(directory_).substr(from));
+    end.directorySize = out_.position() - end.directoryOffset;
+    end.entryCount = added_.size();
+    std::string record;
+    appendEndRecord(record, end);
+    out_.write(record);
+}
+
+void ArchiveWriter::Impl::writeDigest()
+{
+    const std::uint64_t covered = out_.position() - platform::ArchiveDigest::DIGITS;
+    out_.overwrite(covered, platform::ArchiveDigest::ofFile(target_.file(), covered));
+    out_.flush();
+}
+
+void ArchiveWriter::Impl::commit(bool attachDigest)
+{
+    EndRecord end;
+    if (attachDigest) {
+        end.comment = platform::ArchiveDigest::MARK + std::string(platform::ArchiveDigest::DIGITS, '0');
+    }
+    writeDirectory(end);
+    out_.flush();
+    if (attachDigest) {
+        writeDigest();
+    }
+    // A member that was taken back may have left more bytes than those that took its place.
+    target_.file().truncate(out_.position());
+    target_.commit();
+}
+
+ArchiveWriter::ArchiveWriter(const std::string& path)
+try : impl_(std::make_unique<Impl>(path)) {
+} catch (const platform::FileError& error) {
+    throw archiveError(path, error);
+}
+
+ArchiveWriter::~ArchiveWriter() = default;
+
+bool ArchiveWriter::contains(std::string_view name) const
+{
+    return impl_->added_.count(std::string(name)) != 0;
+}
+
+bool ArchiveWriter::addFile(const std::string& source, const std::string& name, std::string& reason)
+{
+    try {
+        impl_->files().openFile(source, name);
+        return impl_->add(impl_->files(), reason);
+    } catch (const SourceError& error) {
+        reason = error.what();
+        return false;
+    } catch (const platform::FileError& error) {
+        throw archiveError(impl_->path_, error);
+    }
+}
+
+bool ArchiveWriter::addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
+                              std::string& reason)
+{
+    try {
+        impl_->members().open(archive, entry, name);
+        return impl_->add(impl_->members(), reason);
+    } catch (const SourceError& error) {
+        reason = error.what();
+        return false;
+    } catch (const platform::FileError& error) {
+        throw archiveError(impl_->path_, error);
+    }
+}
+
+void ArchiveWriter::commit(bool attachDigest)
+{
+    try {
+        impl_->commit(attachDigest);
+    } catch (const platform::FileError& error) {
+        throw archiveError(impl_->path_, error);
+    }
+}
+
+}  // namespace iostreams::zip

@@ -1,0 +1,126 @@
+#include "platform/iostreams/MemberCopier.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "platform/iostreams/EntryHeaders.h"
+#include "platform/iostreams/ZipException.h"
+
+namespace iostreams::zip {
+
+namespace {
+
+constexpr std::size_t windowBytes = 256 * 1024;
+/// Members up to this size pass through the window, larger ones are copied inside the kernel.
+constexpr std::uint64_t smallBytes = windowBytes / 4;
+/// Room for an extra field of usual size, so that header and small data come with one read.
+constexpr std::size_t extraRoom = 64;
+
+void checkCopyable(const Entry& entry, const std::string& archive)
+{
+    if ((entry.flags & (FLAG_ENCRYPTED | FLAG_STRONG_ENCRYPTION | FLAG_MASKED_HEADERS)) != 0) {
+        throw memberError(archive, entry.name, "is encrypted, which isn't supported");
+    }
+    if (entry.method != METHOD_STORED && entry.method != METHOD_DEFLATED) {
+        throw memberError(archive, entry.name,
+                          "has compression method " + std::to_string(entry.method) +
+                              ", supported are 0 (stored) and 8 (deflated)");
+    }
+    if (entry.method == METHOD_STORED && entry.size != entry.compressedSize) {
+        throw memberError(archive, entry.name,
+                          "is stored, yet has size " + std::to_string(entry.size) + " and compressed size " +
+                              std::to_string(entry.compressedSize));
+    }
+}
+
+}  // namespace
+
+MemberCopier::MemberCopier() : window_(windowBytes) {}
+
+void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::string name)
+{
+    checkMemberName(name);
+    name_ = std::move(name);
+    archive_ = &archive;
+    try {
+        checkCopyable(entry, archive.path());
+        if (windowOwner_ != archive.serial()) {
+            windowSize_ = 0;
+            fileSize_ = archive.file().size();
+            windowOwner_ = archive.serial();
+        }
+        dataOffset_ = findData(entry);
+    } catch (const platform::FileError& error) {
+        throw SourceError(error.what());
+    } catch (const zip_exception& error) {
+        throw SourceError(error.what());
+    }
+    entry_ = entry;
+    entry_.name = name_;
+    entry_.record = {};
+}
+
+std::uint64_t MemberCopier::maxBytes() const
+{
+    return localHeaderLength(entry_) + entry_.compressedSize;
+}
+
+Entry MemberCopier::write(BufferedOutput& out)
+{
+    entry_.headerOffset = out.position();
+    header_.clear();
+    appendLocalHeader(header_, entry_);
+    out.write(header_);
+    if (entry_.compressedSize > smallBytes) {
+        out.copyFrom(archive_->file(), entry_.compressedSize, dataOffset_);
+        return entry_;
+    }
+    std::string_view data;
+    try {
+        data = view(dataOffset_, static_cast<std::size_t>(entry_.compressedSize));
+    } catch (const platform::FileError& error) {
+        throw SourceError(error.what());
+    }
+    if (data.size() != entry_.compressedSize) {
+        throw SourceError(memberError(archive_->path(), entry_.name, "the file ends inside its data").what());
+    }
+    out.write(data);
+    return entry_;
+}
+
+/// Where the entry's data begins, once its local header has been checked.
+std::uint64_t MemberCopier::findData(const Entry& entry)
+{
+    const std::size_t data = static_cast<std::size_t>(std::min(entry.compressedSize, smallBytes));
+    std::string_view header =
+        view(entry.headerOffset, LOCAL_HEADER_BYTES + entry.name.size() + extraRoom + data);
+    if (header.size() < localHeaderLength(header)) {
+        header = view(entry.headerOffset, localHeaderLength(header));
+    }
+    const std::uint64_t offset = entry.headerOffset + checkLocalHeader(header, entry, archive_->path());
+    if (offset > fileSize_ || entry.compressedSize > fileSize_ - offset) {
+        throw memberError(archive_->path(), entry.name, "its data goes beyond the end of the file");
+    }
+    return offset;
+}
+
+/// Bytes of the archive, fewer at the end of the file; at most the window's size, which holds the
+/// longest local header with small data behind it. Valid until the next call.
+std::string_view MemberCopier::view(std::uint64_t offset, std::size_t size)
+{
+    const std::uint64_t end = windowOffset_ + windowSize_;
+    const bool inside = offset >= windowOffset_ && offset <= end;
+    if (!inside || size > end - offset) {
+        // Whoever reads on behind the window goes through the archive in order: read ahead for him.
+        const std::size_t wanted = inside && windowSize_ > 0 ? std::max(size, windowBytes) : size;
+        assert(wanted <= windowBytes);
+        windowSize_ = 0;
+        windowSize_ = archive_->file().readAt(window_.data(), wanted, offset);
+        windowOffset_ = offset;
+    }
+    return std::string_view(window_.data() + (offset - windowOffset_),
+                            std::min<std::size_t>(size, windowOffset_ + windowSize_ - offset));
+}
+
+}  // namespace iostreams::zip
