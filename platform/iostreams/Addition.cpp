@@ -1,0 +1,227 @@
+#include "platform/iostreams/Addition.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "platform/ArchiveDigest.h"
+#include "platform/ReplacementFile.h"
+#include "platform/iostreams/ArchiveReader.h"
+#include "platform/iostreams/EndRecord.h"
+#include "platform/iostreams/EntryHeaders.h"
+#include "platform/iostreams/LittleEndian.h"
+#include "platform/iostreams/ZipException.h"
+
+namespace iostreams::zip {
+
+namespace {
+
+/// Room for the directory record of a new member beside its name, and for the end records beside the
+/// comment, zip64 forms included.
+constexpr std::uint64_t recordRoom = DIRECTORY_HEADER_BYTES + 4 + 3 * 8;
+constexpr std::uint64_t endRoom = 56 + 20 + 22;
+/// What an archive without members begins with (APPNOTE 4.3.16, 4.3.14).
+constexpr std::uint32_t endSignature = 0x06054b50;
+constexpr std::uint32_t zip64EndSignature = 0x06064b50;
+/// A data descriptor with signature and 64-bit sizes (APPNOTE 4.3.9).
+constexpr std::uint64_t descriptorBytes = 24;
+
+/// What an addition keeps of the archive that it adds to.
+struct OldArchive {
+    EndRecord end;
+    std::uint64_t directory = 0;   ///< position of the directory in the file
+    std::uint64_t membersEnd = 0;  ///< where the data of the last member ends, at most `directory`
+    std::string kept;              ///< records of all members that stay, as they are
+    std::uint64_t keptCount = 0;
+    bool recoverable = true;  ///< a reader may search the file for an earlier end record
+};
+
+/// Where the local header of the entry ends, as far as it can be told.
+std::uint64_t headerEnd(const platform::File& file, const Entry& entry)
+{
+    std::array<char, LOCAL_HEADER_BYTES> fixed = {};
+    const std::size_t got = file.readAt(fixed.data(), fixed.size(), entry.headerOffset);
+    const std::size_t length = localHeaderLength(std::string_view(fixed.data(), got));
+    return entry.headerOffset + std::max(length, LOCAL_HEADER_BYTES + entry.name.size());
+}
+
+/// Where new data may begin: an addition that was interrupted leaves bytes that belong to no member
+/// between the last one and the directory.
+std::uint64_t findMembersEnd(const ArchiveReader& reader, std::uint64_t directory)
+{
+    const Entry* last = nullptr;
+    std::uint64_t end = 0;
+    for (const Entry& entry : reader.entries()) {
+        if (last == nullptr || entry.headerOffset > last->headerOffset) {
+            last = &entry;
+        }
+        end =
+            std::max(end, entry.headerOffset + LOCAL_HEADER_BYTES + entry.name.size() + entry.compressedSize);
+    }
+    if (last != nullptr) {
+        const std::uint64_t descriptor = (last->flags & FLAG_DESCRIPTOR) != 0 ? descriptorBytes : 0;
+        end = std::max(end, headerEnd(reader.file(), *last) + last->compressedSize + descriptor);
+    }
+    return std::min(end, directory);
+}
+
+/// Only such a file is searched for an earlier end record when its own end holds none.
+bool beginsLikeArchive(const platform::File& file)
+{
+    std::array<char, 4> first = {};
+    file.readAt(first.data(), first.size(), 0);
+    const std::uint32_t signature = load32(first.data());
+    return signature == LOCAL_HEADER_SIGNATURE || signature == endSignature || signature == zip64EndSignature;
+}
+
+OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
+{
+    OldArchive old;
+    old.end = findEndRecord(reader.file());
+    old.directory = old.end.prefixSize + old.end.directoryOffset;
+    old.membersEnd = findMembersEnd(reader, old.directory);
+    for (const Entry& entry : reader.entries()) {
+        if (entry.name != replaced) {
+            old.kept += entry.record;
+            ++old.keptCount;
+        }
+    }
+    old.recoverable = old.end.prefixSize == 0 && beginsLikeArchive(reader.file());
+    if (!old.recoverable) {
+        old.membersEnd = old.directory;
+    }
+    return old;
+}
+
+std::uint64_t maxTailBytes(const OldArchive& old, const NewMember& member)
+{
+    return old.kept.size() + recordRoom + member.name().size() + endRoom + old.end.comment.size();
+}
+
+/// Writes the member, the directory and the end record; nothing of the old archive that is kept lies
+/// where the output writes.
+void writeNewState(BufferedOutput& out, const OldArchive& old, NewMember& member)
+{
+    const Entry entry = member.write(out);
+    EndRecord end;
+    end.prefixSize = old.end.prefixSize;
+    end.directoryOffset = out.position() - end.prefixSize;
+    end.entryCount = old.keptCount + 1;
+    end.comment = platform::ArchiveDigest::withoutDigest(old.end.comment);
+    std::string record;
+    appendDirectoryRecord(record, entry, entry.headerOffset - end.prefixSize);
+    end.directorySize = old.kept.size() + record.size();
+    appendEndRecord(record, end);
+    out.write(old.kept);
+    out.write(record);
+    out.flush();
+}
+
+/// One addition to an archive in place.
+class InPlace {
+public:
+    InPlace(platform::File& file, const OldArchive& old) : file_(file), old_(old) {}
+
+    void add(NewMember& member);
+
+private:
+    std::uint64_t protectOldState(std::uint64_t newEnd);
+    void restore() noexcept;
+
+    platform::File& file_;
+    const OldArchive& old_;
+    std::string tail_;  ///< directory and end record as they were
+    bool copyIsWhole_ = false;
+};
+
+void InPlace::add(NewMember& member)
+{
+    const std::uint64_t start = old_.membersEnd;
+    if (file_.size() > old_.end.end) {
+        file_.truncate(old_.end.end);
+    }
+    try {
+        const std::uint64_t limit = protectOldState(start + member.maxBytes() + maxTailBytes(old_, member));
+        BufferedOutput out(file_, start, limit);
+        writeNewState(out, old_, member);
+        file_.truncate(out.position());
+    } catch (...) {
+        restore();
+        throw;
+    }
+}
+
+/// Sees to it that directory and end record of the old state stand behind `newEnd`, and returns where.
+std::uint64_t InPlace::protectOldState(std::uint64_t newEnd)
+{
+    if (newEnd <= old_.directory) {
+        return old_.directory;
+    }
+    tail_.resize(static_cast<std::size_t>(old_.end.end - old_.directory));
+    if (file_.readAt(tail_.data(), tail_.size(), old_.directory) < tail_.size()) {
+        throw platform::FileError(file_.path(), "read the directory (the file ends early)", EIO);
+    }
+    EndRecord end = old_.end;
+    end.directoryOffset = std::max(newEnd, old_.end.end);
+    end.comment = platform::ArchiveDigest::withoutDigest(end.comment);
+    std::string copy = tail_.substr(0, static_cast<std::size_t>(end.directorySize));
+    appendEndRecord(copy, end);
+    file_.writeAt(copy.data(), copy.size(), end.directoryOffset);
+    copyIsWhole_ = true;
+    return end.directoryOffset;
+}
+
+/// Puts the old bytes and length back. The copy of the old state goes last, so that it serves as the
+/// archive for as long as the original isn't whole, and for ever when that can't be made whole.
+void InPlace::restore() noexcept
+{
+    try {
+        if (copyIsWhole_) {
+            file_.writeAt(tail_.data(), tail_.size(), old_.directory);
+        }
+        file_.truncate(old_.end.end);
+    } catch (const platform::FileError&) {
+        // The error that led here is the one to report; the file holds the old state in any case.
+    }
+}
+
+/// Writes the archive anew with the member, keeping all bytes of `source` in front of `old.membersEnd`,
+/// and puts it in place.
+void addToCopy(const std::string& archive, const platform::File* source, const OldArchive& old,
+               NewMember& member)
+{
+    platform::ReplacementFile target(archive);
+    if (source != nullptr) {
+        source->copyTo(target.file(), old.membersEnd, 0, 0);
+    }
+    BufferedOutput out(target.file(), old.membersEnd);
+    writeNewState(out, old, member);
+    target.file().truncate(out.position());
+    target.commit();
+}
+
+}  // namespace
+
+void addToArchive(const std::string& archive, NewMember& member)
+{
+    try {
+        const auto reader = ArchiveReader::openIfExists(archive);
+        if (!reader) {
+            addToCopy(archive, nullptr, {}, member);
+            return;
+        }
+        platform::File file = platform::File::openRegular(archive, O_RDWR);
+        const OldArchive old = examine(*reader, member.name());
+        if (old.recoverable) {
+            InPlace(file, old).add(member);
+        } else {
+            addToCopy(archive, &file, old, member);
+        }
+    } catch (const platform::FileError& error) {
+        throw archiveError(archive, error);
+    }
+}
+
+}  // namespace iostreams::zip
