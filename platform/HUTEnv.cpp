@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <mutex>
+#include <vector>
 
 #include "platform/File.h"
 #include "platform/HUTFile.h"
@@ -14,47 +16,47 @@
 
 namespace {
 
-struct ScratchRoot {
+/// The scratch roots made by this process: one as a rule, and one more for each time that the earlier
+/// ones could not be used any longer.
+struct ScratchRoots {
     std::mutex mutex;
-    std::string path;  // empty until it is made
+    std::vector<std::string> paths;
     pid_t maker = 0;
-
-    /// Whether the root is this process's own and still there: a service that clears old files may
-    /// have taken it, and anybody the name since.
-    bool isUsable() const
-    {
-        struct stat status = {};
-        return maker == ::getpid() && ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-               status.st_uid == ::geteuid();
-    }
-
-    void make()
-    {
-        const char* parent = ::secure_getenv("TMPDIR");
-        std::string made = parent != nullptr && *parent != '\0' ? parent : "/tmp";
-        made += "/hwdef-XXXXXX";
-        HUTFileUtils::makeAbsolutePath(made);
-        if (::mkdtemp(made.data()) == nullptr) {
-            throw platform::FileError(made, "make the scratch root of the process", errno);
-        }
-        path = made;
-        maker = ::getpid();
-    }
 };
 
-ScratchRoot& scratchRoot()
+ScratchRoots& scratchRoots()
 {
-    static platform::NoDestructor<ScratchRoot> instance;
+    static platform::NoDestructor<ScratchRoots> instance;
     return *instance;
+}
+
+/// Whether a root is still there and the user's: a service that clears old files may have taken it,
+/// and anybody its name since; the process may have changed its user.
+bool isUsable(const std::string& root)
+{
+    struct stat status = {};
+    return ::lstat(root.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid();
+}
+
+std::string makeScratchRoot()
+{
+    const char* parent = ::secure_getenv("TMPDIR");
+    std::string path = parent != nullptr && *parent != '\0' ? parent : "/tmp";
+    path += "/hwdef-XXXXXX";
+    HUTFileUtils::makeAbsolutePath(path);
+    if (::mkdtemp(path.data()) == nullptr) {
+        throw platform::FileError(path, "make the scratch root of the process", errno);
+    }
+    return path;
 }
 
 /// Runs when the process ends or the library is unloaded, and so after the destructors of all static
 /// objects that may own something below the root, in whatever order they were made.
-__attribute__((destructor)) void removeScratchRoot()
+__attribute__((destructor)) void removeScratchRoots()
 {
-    ScratchRoot& root = scratchRoot();
-    if (root.maker == ::getpid()) {
-        HUTFile::rmRecursive(root.path);
+    const ScratchRoots& roots = scratchRoots();
+    if (roots.maker == ::getpid()) {
+        std::for_each(roots.paths.begin(), roots.paths.end(), HUTFile::rmRecursive);
     }
 }
 
@@ -62,12 +64,15 @@ __attribute__((destructor)) void removeScratchRoot()
 
 std::string HUTEnv::getHDITmpDir()
 {
-    ScratchRoot& root = scratchRoot();
-    const std::lock_guard lock(root.mutex);
-    if (!root.isUsable()) {
-        root.make();
+    ScratchRoots& roots = scratchRoots();
+    const std::lock_guard lock(roots.mutex);
+    if (roots.maker != ::getpid()) {
+        // A forked child: what it inherited is its parent's to use and to remove.
+        roots.paths.clear();
+        roots.maker = ::getpid();
     }
-    return root.path;
+    const auto usable = std::find_if(roots.paths.begin(), roots.paths.end(), isUsable);
+    return usable != roots.paths.end() ? *usable : roots.paths.emplace_back(makeScratchRoot());
 }
 
 std::string HUTEnv::getProductVersion()
