@@ -13,7 +13,7 @@
 
 #include "platform/HEXAll.h"
 #include "platform/HXMLWInterface.h"
-#include "platform/SystemCalls.h"
+#include "support/FailingSystemCalls.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -58,15 +58,6 @@ void writeRoot(const std::string& path, const std::string& attribute, const std:
     writer.wrEmptyTag("Root");
     writer.closeDoc();
 }
-
-class FullDisk : public platform::SystemCalls {
-public:
-    ssize_t write(int, const void*, std::size_t) override
-    {
-        errno = ENOSPC;
-        return -1;
-    }
-};
 
 void* noMemory(std::size_t)
 {
@@ -247,10 +238,13 @@ TEST(HXMLWriterBase, reportsAFullDisk)
 {
     const support::TempDir dir;
     support::writeFile(dir / "a.xml", "old");
-    FullDisk disk;
-    platform::SystemCalls* const earlier = platform::SystemCalls::replace(&disk);
-    const std::string failure = failureOf([&] { writeRoot(dir / "a.xml", "v", "x"); });
-    platform::SystemCalls::replace(earlier);
+    std::string failure;
+    {
+        support::FailingSystemCalls disk;
+        disk.failAll(support::FailingSystemCalls::WRITE, ENOSPC);
+        failure = failureOf([&] { writeRoot(dir / "a.xml", "v", "x"); });
+        EXPECT_EQ(disk.openDescriptors(), 0);
+    }
     EXPECT_NE(failure.find("No space left on device"), std::string::npos) << failure;
     EXPECT_EQ(support::readFile(dir / "a.xml"), "old");
     EXPECT_EQ(dir.list(), "a.xml");
