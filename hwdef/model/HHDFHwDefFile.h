@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -7,9 +8,9 @@
 
 #include "hwdef/model/HHDFHwDefFileTypes.h"
 #include "platform/Export.h"
+#include "platform/HUTFile.h"
 
 class BomList;
-class HUTFile;
 
 /// One design file that the BOM lists.
 ///
@@ -38,12 +39,17 @@ public:
     void setBDFileType(const HHDFHwDefFileTypes::HWHBDType& type) { bdFileType_ = type; }
 
     /// Instance path, in the design hierarchy, of the block design or cell the file belongs to.
-    const std::string& getHierPath() const { return hierPath_; }
+    const std::string& getHierPath() const { return extras().hierPath; }
+    /// The same for walks over many entries: makes nothing, and lives until the path is set.
+    std::string_view hierPath() const
+    {
+        return extras_ ? std::string_view(extras_->hierPath) : std::string_view();
+    }
     /// False and nothing changed for an empty path.
     bool setHierPath(const std::string& path);
 
     /// The container archive that the file lives in as a member; empty for a file on disk.
-    std::string getHwDefFilePath() const { return hwDefFilePath_; }
+    std::string getHwDefFilePath() const { return hwDefFilePath_ ? *hwDefFilePath_ : std::string(); }
     /// False and nothing changed for an empty path.
     bool setHwDefFilePath(const std::string& path);
 
@@ -52,8 +58,10 @@ public:
     /// Stores the text, the empty one included.
     void setHwSrcDB(const std::string& srcDb);
 
+    /// Whether there are attributes; for walks over many entries.
+    bool hasFileAttrs() const { return extras_ && !extras_->fileAttrs.empty(); }
     /// Free attributes, by name.
-    const std::map<std::string, std::string>& getFileAttrs() const { return fileAttrs_; }
+    const std::map<std::string, std::string>& getFileAttrs() const { return extras().fileAttrs; }
     /// Sets an attribute, replacing an earlier value; false and nothing changed when either text is
     /// empty.
     bool addFileAttr(const std::string& name, const std::string& value);
@@ -65,12 +73,20 @@ public:
 private:
     friend class BomList;
 
-    std::unique_ptr<HUTFile> file_;
+    // What most entries don't have, apart from them: a container may list very many. Made when first
+    // set or asked for, so that a reference given out stays good while the entry lives.
+    struct Extras {
+        std::string hierPath;
+        std::map<std::string, std::string> fileAttrs;
+    };
+    Extras& extras() const;
+
+    HUTFile file_;  // of the empty path when there is none
     HHDFHwDefFileTypes::HWHFileType fileType_ = HHDFHwDefFileTypes::UNKNOWN;
     HHDFHwDefFileTypes::HWHBDType bdFileType_ = HHDFHwDefFileTypes::UNKNOWN_BD;
-    std::string hierPath_;
-    std::string hwDefFilePath_;
+    std::shared_ptr<const std::string> hwDefFilePath_;  // shared with neighbours and copies; null for empty
     std::string hwSrcDB_;
-    std::map<std::string, std::string> fileAttrs_;
-    BomList* list_ = nullptr;  // the list that looks this entry up by source database, if any
+    mutable std::unique_ptr<Extras> extras_;
+    BomList* list_ = nullptr;  // the list that this entry is on, if any
+    std::uint32_t slot_ = 0;   // and its place there
 };
