@@ -24,7 +24,8 @@ public:
     /// Takes an entry out and gives it back; null when it isn't listed. Amortised constant cost.
     std::unique_ptr<HHDFHwDefFile> remove(const HHDFHwDefFile* file);
 
-    /// The entries in order; the view holds null where an entry was null or was removed lately.
+    /// The entries in order; the view holds null where an entry was null or was removed lately. It
+    /// stands still while entries are removed; after that, the next call or add() may close the gaps.
     const std::vector<HHDFHwDefFile*>& slots() const;
 
     /// The first entry of that exact file name; null when there is none.
@@ -34,7 +35,7 @@ public:
 
 private:
     friend class HHDFHwDefFile;
-    /// An entry's source database has become empty.
+    /// An entry's source database is about to become empty.
     void srcDbEmptied(const HHDFHwDefFile& file);
 
     class Impl;
