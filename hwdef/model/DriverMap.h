@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -14,6 +16,10 @@ class DriverMap {
 public:
     using Files = std::vector<HHDFHwDefDriver>;
 
+    DriverMap() = default;
+    DriverMap(const DriverMap&) = delete;
+    DriverMap& operator=(const DriverMap&) = delete;
+
     const std::map<std::string, Files>& files() const { return files_; }
 
     /// Appends a record unless one with the same three texts is in the driver's list.
@@ -24,6 +30,20 @@ public:
     void replaceAll(const std::map<std::string, Files>& files);
 
 private:
+    static bool isSame(const HHDFHwDefDriver& left, const HHDFHwDefDriver& right);
+
+    // Records by their place in one driver's list, hashed and compared by what stands there.
+    struct PlaceHash {
+        const Files* list;
+        std::size_t operator()(std::uint32_t place) const;
+    };
+    struct PlaceEqual {
+        const Files* list;
+        bool operator()(std::uint32_t left, std::uint32_t right) const;
+    };
+    using Places = std::unordered_set<std::uint32_t, PlaceHash, PlaceEqual>;
+    Places& placesOf(const std::string& name, const Files& list);
+
     std::map<std::string, Files> files_;
-    std::unordered_map<std::string, std::unordered_set<std::string>> present_;  // name to keys of its records
+    std::unordered_map<std::string, Places> places_;  // of the long lists that were added to
 };

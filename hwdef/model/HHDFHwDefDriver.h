@@ -25,6 +25,8 @@ public:
     bool setHwDefFilePath(const std::string& path);
 
 private:
+    friend class DriverMap;
+
     std::string filePath_;
     std::string relativeName_;
     std::string hwDefFilePath_;
