@@ -10,14 +10,16 @@ class HXMLWElement;
 /// Fills a definition from the parsed BOM document. Owns neither; both must outlive it.
 ///
 /// An attribute that is missing reads as the empty text. Element names are compared without regard
-/// to case, attribute names exactly; what isn't known is passed over in silence.
+/// to case, attribute names exactly; what isn't known is passed over in silence. A child list that
+/// can't be had counts as empty everywhere but at the root. Linear in the elements.
 class HWDEF_API HHDFHwDefBomReader {
 public:
     HHDFHwDefBomReader(HHDFHwDef* def, HXMLWElement* root);
 
     /// Reads the whole document. False when definition, root or the root's child list is missing
     /// (versions and digest are set by then in the last case). `driverPath` is the directory below
-    /// which the container's drivers lie; empty for the unzip directory.
+    /// which the container's drivers lie; empty for the unzip directory. What single elements
+    /// answer doesn't count.
     ///
     /// "Version" and "Minor" are read as std::stoi does, whose std::invalid_argument and
     /// std::out_of_range pass through; boost::bad_lexical_cast for a NUM_OF_SLRS "Value" that isn't
@@ -27,38 +29,76 @@ public:
     /// A copy of the text; the empty text for null.
     static std::string valueOrEmpty(const char* text);
 
-    // One operation per kind of element; true unless stated.
+    // One operation per kind of element, in the order in which the writer writes them; true unless
+    // stated. They need the definition.
 
-    /// One File element: digest, entry, attributes and source database. False when "Name" is empty.
-    bool populateFiles(HXMLWElement* element);
+    /// The mode: PRE_SYNTHESIS for exactly "Pre-Synthesis", else POST_SYNTHESIS.
     bool populateBomMode(HXMLWElement* element);
-    /// False when "Name" is empty.
-    bool populateAddrTags(HXMLWElement* element);
+    /// Device and system resources, empty texts included.
     bool populateSystemInfo(HXMLWElement* element);
+    /// The first four fields of `info`.
     bool populateResourceInfo(HXMLWElement* element, HHDFHwDef::HHDFResourceInfo& info);
-    bool populateDrivers(HXMLWElement* element, std::string driverPath);
-    bool populateWDIAttrs(HXMLWElement* element);
-    bool populatePartitionInfo(HXMLWElement* element);
-    bool populateConfigurations(HXMLWElement* element);
-    /// False for null.
+    /// Stacked device and number of dies; the part itself comes from SYSTEMINFO. False for null.
     bool populatePart(HXMLWElement* element);
-    /// Registers every regular file below `path` as a driver directory. False when `path` is empty,
-    /// when nothing exists there ("@64-5@%s"), or when the walk fails (its text is sent).
+    /// The top module. False, and nothing set, when "Name" is empty.
+    bool populateAddrTags(HXMLWElement* element);
+    /// One File element: digest, entry, attributes, source database. False when "Name" is empty;
+    /// its digest is recorded all the same.
+    ///
+    /// Attributes and source database go to the first entry of that file name, as addFileAttrs and
+    /// setHwSrcDB of the definition find it. An element of the type DRIVER_SRC makes no entry: see
+    /// populateDriverFiles, whose result it has. A "Name" of that type that is absolute, climbs out
+    /// of the unzip directory or passes through a link that leaves it is refused: false after one
+    /// text by ComMsgMgr::sendMessage that names it, nothing is read.
+    bool populateFiles(HXMLWElement* element);
+    /// The drivers, as files of the container below `driverPath` (empty: the unzip directory), "/"
+    /// and "drivers", which becomes the drivers' top directory. A file without "PATH" is passed over,
+    /// its digest too; a digest is stored under the "PATH".
+    bool populateDrivers(HXMLWElement* element, std::string driverPath);
+    /// Registers every regular file below `path`, by its path relative to that, as a driver directory,
+    /// and makes `path` the drivers' top directory.
+    ///
+    /// A link to a file counts as that file; one that leads out of the unzip directory (out of `path`
+    /// when that lies elsewhere) is refused by a text that names it, and the walk goes on. Links to
+    /// directories are not followed; dangling links and links in a circle are no files.
+    ///
+    /// False when `path` is empty; after "@64-5@%s" when nothing exists there; after the system's
+    /// reason was sent when the walk fails (`path` is a file or unreadable): what was found until then
+    /// stays registered.
     bool populateDriverFiles(const std::string& path);
+    bool populateWDIAttrs(HXMLWElement* element);
+    /// The partitions. Names of a module's files are not read: "bitFile" stands for them.
+    bool populatePartitionInfo(HXMLWElement* element);
+    /// The configurations. Files of their cells are not read.
+    bool populateConfigurations(HXMLWElement* element);
 
-    // The description of a board, for callers that have one; readHDF does not come here.
+    // The description of a board, for callers that have one; readHDF does not come here. True.
 
-    /// Reads a whole board description below the directory "board" of the unzip directory.
+    /// Reads a whole description: "Type" ("Integrated", in any case, or not), base board, daughter
+    /// boards and jumpers. The unzip directory, "/" and "board" becomes the board top directory.
     bool populateBoardInfo(HXMLWElement* element);
-    /// Reads the base board: "Name", and the "PATH" of each child as one file of that board. `dir` is
-    /// the board top directory; `type` receives the board's name.
+    /// The base board's "Name", and the "PATH" of each child as one file of the board of that name.
+    ///
+    /// A path is split at the separators; empty pieces vanish, and a path without others is passed
+    /// over. The record's relative name is the joined rest, its file path `dir` (the board top
+    /// directory), a separator and the relative name, its container path the container's full path.
+    /// `type` is the description's "Type"; it changes nothing. Both texts are left alone.
     bool populateBaseBoardInfo(HXMLWElement* element, std::string& dir, std::string& type);
-    /// The same for a daughter board; "Connector" to "Name" is recorded as a connection.
+    /// The same for a daughter board, whose "Name" is recorded as what its "Connector" leads to; no
+    /// connection without a connector.
     bool populateDaughterBoardInfo(HXMLWElement* element, std::string& dir, std::string& type);
     /// Each child's "Name" and "Value"; a jumper is set exactly when the value is "1".
     bool populateJumpers(HXMLWElement* element);
 
 private:
+    void readRootChild(HXMLWElement* child, const std::string& driverPath);
+    bool populateToolVersion(HXMLWElement* element);
+    bool populateUsedResources(HXMLWElement* element);
+    /// A File of the type DRIVER_SRC; see populateFiles.
+    bool populateDriverSource(const std::string& name);
+    /// The walk of populateDriverFiles; throws boost::filesystem::filesystem_error.
+    void registerDriverFiles(const std::string& path);
+
     HHDFHwDef* def_;
     HXMLWElement* root_;
 };
