@@ -185,8 +185,9 @@ std::optional<EndRecord> findInTail(const FileTail& tail, std::optional<zip_exce
             continue;
         }
         try {
-            const EndRecord record = parseEndRecord(tail, tail.offset() + at);
+            EndRecord record = parseEndRecord(tail, tail.offset() + at);
             checkDirectoryStart(tail, record);
+            readComment(tail, tail.offset() + at, record);
             return record;
         } catch (const zip_exception& error) {
             if (!firstError) {
@@ -204,9 +205,8 @@ EndRecord parseEndRecord(const FileTail& tail, std::uint64_t position)
     const std::string& archive = tail.file().path();
     std::array<char, END_RECORD_BYTES> fixed = {};
     tail.read(fixed.data(), fixed.size(), position);
-    const std::size_t commentSize = load16(fixed.data() + 20);
     EndRecord record;
-    record.end = position + fixed.size() + commentSize;
+    record.end = position + fixed.size() + load16(fixed.data() + 20);
     if (load32(fixed.data()) != END_RECORD_SIGNATURE || record.end > tail.fileSize()) {
         throw archiveError(archive, "no whole end record at " + std::to_string(position));
     }
@@ -217,9 +217,14 @@ EndRecord parseEndRecord(const FileTail& tail, std::uint64_t position)
     record.directorySize = numbers.directorySize;
     record.directoryOffset = numbers.directoryOffset;
     record.prefixSize = record.position - record.directorySize - record.directoryOffset;
-    record.comment.resize(commentSize);
-    tail.read(record.comment.data(), commentSize, position + fixed.size());
     return record;
+}
+
+void readComment(const FileTail& tail, std::uint64_t position, EndRecord& record)
+{
+    const std::uint64_t begin = position + END_RECORD_BYTES;
+    record.comment.resize(static_cast<std::size_t>(record.end - begin));
+    tail.read(record.comment.data(), record.comment.size(), begin);
 }
 
 EndRecord findEndRecord(FileTail& tail)

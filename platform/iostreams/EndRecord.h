@@ -40,8 +40,10 @@ EndRecord findEndRecord(const platform::File& file);
 EndRecord findEndRecord(FileTail& tail);
 
 /// Reads and checks the end record at `position`, the zip64 records in front of it included. Throws
-/// zip_exception as findEndRecord does. The comment may end before the file does, not behind.
+/// zip_exception as findEndRecord does. The comment may end before the file does, not behind; it is
+/// left to readComment.
 EndRecord parseEndRecord(const FileTail& tail, std::uint64_t position);
+void readComment(const FileTail& tail, std::uint64_t position, EndRecord& record);
 
 /// Appends the end record to `out`, with the zip64 records in front when a number needs them.
 /// `prefixSize + directoryOffset + directorySize` must be where the record will stand.
