@@ -15,7 +15,12 @@
 namespace iostreams::zip {
 
 /// An archive open for reading: its file and its directory. Opening reads the tail and the
-/// directory, nothing else.
+/// directory, nothing else, and checks all that these two can tell: the whole archive is refused
+/// when a member lies outside the file or in another one. Members that are encrypted or of a method
+/// that isn't supported are listed; only reading them throws.
+///
+/// An entry given to a member function must be one of this archive. For one thread at a time: finding
+/// and listing keep what they have worked out.
 class ArchiveReader {
 public:
     /// Throws zip_exception when the path isn't a regular file or can't be read as an archive.
@@ -38,11 +43,18 @@ public:
     /// The first call may cost a walk over the directory; the index it leaves serves the others.
     const Entry* find(std::string_view name) const;
 
+    /// The end of what may belong to one of this archive's members: the local header of the member
+    /// behind it, or the directory. Header, data and data descriptor must have ended there.
+    std::uint64_t dataLimit(const Entry& entry) const;
+
     /// The member's whole content in memory; throws zip_exception when it can't be read or is larger
-    /// than `limitBytes` by its declared or its true size.
+    /// than `limitBytes` by its declared or its true size. Memory is taken for what the compressed
+    /// bytes can unpack to at most, whatever size is declared.
     std::string read(const Entry& entry, std::uint64_t limitBytes) const;
 
 private:
+    explicit ArchiveReader(platform::File file);
+
     inline static std::atomic<std::uint64_t> opened_{0};
     const std::uint64_t serial_ = ++opened_;
 

@@ -225,6 +225,49 @@ std::size_t checkLocalHeader(std::string_view header, const Entry& entry, const 
     return length;
 }
 
+void checkSupported(const Entry& entry, const std::string& archive)
+{
+    if ((entry.flags & (FLAG_ENCRYPTED | FLAG_STRONG_ENCRYPTION | FLAG_MASKED_HEADERS)) != 0) {
+        throw memberError(archive, entry.name, "is encrypted, which isn't supported");
+    }
+    if (entry.method != METHOD_STORED && entry.method != METHOD_DEFLATED) {
+        throw memberError(archive, entry.name,
+                          "has compression method " + std::to_string(entry.method) +
+                              ", supported are 0 (stored) and 8 (deflated)");
+    }
+    if (entry.method == METHOD_STORED && entry.size != entry.compressedSize) {
+        throw memberError(archive, entry.name,
+                          "is stored, yet has size " + std::to_string(entry.size) + " and compressed size " +
+                              std::to_string(entry.compressedSize));
+    }
+}
+
+void checkDescriptor(std::string_view bytes, const Entry& entry, const std::string& archive)
+{
+    std::string found = bytes.size() < 4 ? "nothing" : hex(load32(bytes.data()));
+    std::string expected;
+    append32(expected, DESCRIPTOR_SIGNATURE);
+    const std::size_t signatureBytes = expected.size();
+    append32(expected, entry.crc);
+    std::string expected64 = expected;
+    append32(expected, static_cast<std::uint32_t>(entry.compressedSize));
+    append32(expected, static_cast<std::uint32_t>(entry.size));
+    append64(expected64, entry.compressedSize);
+    append64(expected64, entry.size);
+    const bool fits32 = std::max(entry.compressedSize, entry.size) <= saturated32;
+
+    for (const std::size_t skipped : {std::size_t(0), signatureBytes}) {
+        if ((fits32 && bytes.starts_with(std::string_view(expected).substr(skipped))) ||
+            bytes.starts_with(std::string_view(expected64).substr(skipped))) {
+            return;
+        }
+    }
+    throw memberError(archive, entry.name,
+                      "data descriptor doesn't agree with the directory's CRC-32 " + hex(entry.crc) +
+                          ", compressed size " + std::to_string(entry.compressedSize) + " and size " +
+                          std::to_string(entry.size) + ": it begins with " + found);
+}
+
 void appendLocalHeader(std::string& out, const Entry& entry)
 {
     const bool zip64 = needsLocalZip64(entry);

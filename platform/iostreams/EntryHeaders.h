@@ -42,6 +42,16 @@ std::size_t localHeaderLength(std::string_view header);
 /// announced, CRC-32 and sizes may also be 0. The UTF-8 flag isn't compared: names are bytes here.
 std::size_t checkLocalHeader(std::string_view header, const Entry& entry, const std::string& archive);
 
+/// Throws zip_exception unless the entry's data can be read: stored or deflated, not encrypted, and
+/// of one size when stored.
+void checkSupported(const Entry& entry, const std::string& archive);
+
+constexpr std::size_t LONGEST_DESCRIPTOR_BYTES = 24;
+
+/// Checks the data descriptor (APPNOTE 4.3.9) that `bytes` begin with: with or without signature,
+/// sizes of 32 or 64 bits. Throws zip_exception when none of its forms agrees with the entry.
+void checkDescriptor(std::string_view bytes, const Entry& entry, const std::string& archive);
+
 /// Appends a local header for a member whose sizes are known, with a zip64 field only where a size
 /// needs one. Fixed time (see modificationTime), UTF-8 flag where the name needs it, no descriptor:
 /// the entry's own flags aren't looked at. The name must not be longer than 65535 bytes, and the

@@ -1,0 +1,155 @@
+#include "platform/iostreams/MemberReader.h"
+
+#include <isa-l/crc.h>
+
+#include <algorithm>
+#include <exception>
+
+#include "platform/iostreams/EntryHeaders.h"
+#include "platform/iostreams/Inflater.h"
+#include "platform/iostreams/MemberInput.h"
+#include "platform/iostreams/ZipException.h"
+
+namespace iostreams::zip {
+
+namespace {
+
+/// What is unpacked at once is still in the processor's cache when its CRC-32 is taken.
+constexpr std::size_t stepBytes = 64 * 1024;
+
+}  // namespace
+
+class MemberReader::Impl {
+public:
+    Impl(const ArchiveReader& archive, const Entry& entry)
+        : archive_(archive.path()), entry_(entry), input_(archive, entry_), left_(entry.size)
+    {
+        if (entry.method == METHOD_DEFLATED) {
+            inflater_ = std::make_unique<Inflater>();
+        }
+    }
+
+    std::size_t read(char* buffer, std::size_t size)
+    {
+        if (failure_) {
+            std::rethrow_exception(failure_);
+        }
+        try {
+            return deliver(buffer, size);
+        } catch (const platform::FileError& error) {
+            failure_ = std::make_exception_ptr(memberError(archive_, entry_.name, error));
+        } catch (const zip_exception&) {
+            failure_ = std::current_exception();
+        }
+        std::rethrow_exception(failure_);
+    }
+
+private:
+    std::size_t deliver(char* buffer, std::size_t size)
+    {
+        size = static_cast<std::size_t>(std::min<std::uint64_t>(size, left_));
+        for (std::size_t done = 0; done < size;) {
+            const std::size_t step = std::min(size - done, stepBytes);
+            char* begin = buffer + done;
+            const std::size_t got = inflater_ ? inflate(begin, step) : copy(begin, step);
+            if (got == 0) {
+                throw error("unpacks to " + std::to_string(entry_.size - left_) + " bytes, directory says " +
+                            std::to_string(entry_.size));
+            }
+            crc_ = crc32_gzip_refl(crc_, reinterpret_cast<const unsigned char*>(begin), got);
+            done += got;
+            left_ -= got;
+        }
+        if (left_ == 0 && !checked_) {
+            checkEnd();
+            checked_ = true;
+        }
+        return size;
+    }
+
+    std::size_t copy(char* buffer, std::size_t size)
+    {
+        input_.read(buffer, size);
+        return size;
+    }
+
+    /// The next bytes that the stream unpacks to; 0 at its end.
+    std::size_t inflate(char* buffer, std::size_t size)
+    {
+        for (;;) {
+            const std::size_t got = inflater_->unpack(buffer, size);
+            if (inflater_->damage() != nullptr) {
+                throw error(std::string("deflated data is damaged: ") + inflater_->damage());
+            }
+            if (got > 0 || inflater_->isFinished()) {
+                return got;
+            }
+            if (inflater_->needsInput()) {
+                if (input_.left() == 0) {
+                    throw error("deflated data doesn't end within the compressed size of " +
+                                std::to_string(entry_.compressedSize));
+                }
+                inflater_->feed(input_.next());
+            }
+        }
+    }
+
+    void checkEnd()
+    {
+        if (inflater_) {
+            checkStreamEnd();
+        }
+        if (crc_ != entry_.crc) {
+            throw error("CRC-32 is " + hex(crc_) + ", directory says " + hex(entry_.crc));
+        }
+        if ((entry_.flags & FLAG_DESCRIPTOR) != 0) {
+            checkDescriptor(input_.behind(), entry_, archive_);
+        }
+    }
+
+    /// The stream must end where its output does, and with the last of the compressed bytes.
+    void checkStreamEnd()
+    {
+        char more = 0;
+        if (inflate(&more, 1) != 0) {
+            throw error("unpacks to more than the " + std::to_string(entry_.size) +
+                        " bytes that the directory says");
+        }
+        const std::uint64_t unused = inflater_->unusedBytes() + input_.left();
+        if (unused != 0) {
+            throw error("deflated data ends after " + std::to_string(entry_.compressedSize - unused) +
+                        " bytes, directory says " + std::to_string(entry_.compressedSize));
+        }
+    }
+
+    zip_exception error(const std::string& reason) const
+    {
+        return memberError(archive_, entry_.name, reason);
+    }
+
+    const std::string& archive_;
+    const Entry entry_;
+    MemberInput input_;
+    std::unique_ptr<Inflater> inflater_;
+    std::uint64_t left_;  // bytes still to be delivered
+    std::uint32_t crc_ = 0;
+    bool checked_ = false;
+    std::exception_ptr failure_;  // a damaged member stays one, however often it is read
+};
+
+MemberReader::MemberReader(const ArchiveReader& archive, const Entry& entry)
+try {
+    checkSupported(entry, archive.path());
+    impl_ = std::make_unique<Impl>(archive, entry);
+} catch (const platform::FileError& error) {
+    throw memberError(archive.path(), entry.name, error);
+}
+
+MemberReader::~MemberReader() = default;
+
+std::size_t MemberReader::read(char* buffer, std::size_t size)
+{
+    return impl_->read(buffer, size);
+}
+
+}  // namespace iostreams::zip
