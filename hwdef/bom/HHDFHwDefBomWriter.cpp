@@ -116,9 +116,7 @@ void writeFiles(HXMLWriterBase& xml, const HHDFHwDef& def)
     def.getBomFiles(files);
     const std::string containerName = containerNameOf(def);
     for (const HHDFHwDefFile* file : files) {
-        if (file) {
-            writeFile(xml, *file, containerName);
-        }
+        writeFile(xml, *file, containerName);
     }
 }
 

@@ -218,12 +218,15 @@ TEST_F(DriverSources, maySitAnywhereForADirectCall)
 {
     writeFile(temp / "tree/a.c", "a");
     fs::create_symlink("../outside/secret.c", temp / "tree/leak.c");
+    fs::create_symlink("a.c", temp / "tree/link.c");
     const std::string tree = fs::canonical(temp / "tree").string();
 
     EXPECT_TRUE(walk(tree));
-    EXPECT_EQ(driverDirsOf(*def), (HHDFHwDef::Texts{{"a.c", tree + "/a.c"}}));
+    EXPECT_EQ(driverDirsOf(*def), (HHDFHwDef::Texts{{"a.c", tree + "/a.c"}, {"link.c", tree + "/link.c"}}));
     EXPECT_EQ(def->getDriversTopDir(), tree);
-    EXPECT_EQ(messages.all().size(), 1u);
+    EXPECT_EQ(messages.joined(), "text: /data/design.hdf: driver source \"" + tree +
+                                     "/leak.c\" leads out of \"" + tree +
+                                     "\", expected one inside; not read\n");
 }
 
 TEST_F(DriverSources, mayBelongToAnUnzipDirectoryThatIsALink)
