@@ -55,8 +55,13 @@ std::string makeScratchRoot()
 __attribute__((destructor)) void removeScratchRoots()
 {
     const ScratchRoots& roots = scratchRoots();
-    if (roots.maker == ::getpid()) {
-        std::for_each(roots.paths.begin(), roots.paths.end(), HUTFile::rmRecursive);
+    if (roots.maker != ::getpid()) {
+        return;
+    }
+    for (const std::string& path : roots.paths) {
+        if (isUsable(path)) {
+            HUTFile::rmRecursive(path);
+        }
     }
 }
 

@@ -13,9 +13,9 @@ public:
     ///
     /// The directory is made at the first call, below $TMPDIR (or /tmp), under a name that nobody
     /// could have prepared, with mode 0700, and is removed with all it holds when the process ends
-    /// normally, after the destructors of static objects. It is made anew, under another name, when
-    /// someone has removed it, and in a forked child. Throws HEXAll when it can't be made. Safe from
-    /// several threads.
+    /// normally, after the destructors of static objects. Another one is made when someone has
+    /// removed it, when the process runs as another user, and in a forked child. Throws HEXAll when
+    /// it can't be made. Safe from several threads.
     static std::string getHDITmpDir();
 
     /// The version of this library, "major.minor.patch".
