@@ -20,6 +20,8 @@ constexpr std::size_t signatureBytes = 4;
 /// has millions.
 constexpr int mostSignatures = 64 * 1024;
 constexpr int mostDirectories = 64;
+/// Small files may have as many bytes read as directories, all others twice their size.
+constexpr std::uint64_t leastBytes = 1024 * 1024;
 
 std::uint32_t signatureAt(const FileTail& tail, std::uint64_t position)
 {
@@ -84,7 +86,10 @@ private:
 /// Checks candidates, with a limit to the work that they may cause.
 class Candidates {
 public:
-    explicit Candidates(const FileTail& tail) : tail_(tail), bytesLeft_(2 * tail.fileSize()) {}
+    explicit Candidates(const FileTail& tail)
+        : tail_(tail), bytesLeft_(std::max(leastBytes, 2 * tail.fileSize()))
+    {
+    }
 
     /// The end record at `position` if all that it names is there.
     std::optional<EndRecord> check(std::uint64_t position)
