@@ -161,7 +161,7 @@ TEST(EndRecordSearch, givesUpAfterManyDirectoriesThatAreWrong)
     const std::string archive = good().build();
     const std::size_t directory = archive.find(little(0x02014b50, 4));
     std::string debris;
-    for (int count = 0; count < 64; ++count) {
+    for (int count = 0; count < 65; ++count) {
         const std::size_t size = archive.size() + debris.size() - directory;
         debris += little(0x06054b50, 4) + little(0, 4) + little(3, 2) + little(3, 2) + little(size, 4) +
                   little(directory, 4) + little(0, 2);
