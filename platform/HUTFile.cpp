@@ -154,7 +154,7 @@ bool HUTFile::getExt(std::string& extension) const
     extension.clear();
     const std::string_view whole = name();
     const std::size_t dot = whole.rfind('.');
-    if (whole != ".." && dot != 0 && dot != std::string_view::npos) {
+    if (dot != 0 && dot != std::string_view::npos) {
         extension = whole.substr(dot + 1);
     }
     return !extension.empty();

@@ -96,7 +96,9 @@ TEST(HUTFile, normalisesTheCanonicalName)
 {
     EXPECT_EQ(canonical("/a/../../b"), "/b");
     EXPECT_EQ(canonical("/a/b/../c"), "/a/c");
-    EXPECT_EQ(canonical("//a///b/"), "/a/b");
+    EXPECT_EQ(canonical("/a//b"), "/a/b");
+    EXPECT_EQ(canonical("/a/b/"), "/a/b");
+    EXPECT_EQ(canonical("//a/b"), "/a/b");
     EXPECT_EQ(canonical("/a/./b/."), "/a/b");
     EXPECT_EQ(canonical("/a/b/.."), "/a");
     EXPECT_EQ(canonical("/.."), "/");
