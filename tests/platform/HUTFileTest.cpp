@@ -305,7 +305,6 @@ TEST(HUTFile, removesNeitherTheRootNorDots)
     support::writeFile(dir / "a/file", "x");
     EXPECT_FALSE(HUTFile::rmRecursive(dir / "a/."));
     EXPECT_FALSE(HUTFile::rmRecursive(dir / "a/../"));
-    EXPECT_FALSE(HUTFile::rmRecursive("//"));
     EXPECT_EQ(support::readFile(dir / "a/file"), "x");
 }
 
