@@ -16,6 +16,10 @@ add_library(hwdef_options INTERFACE)
 target_compile_options(hwdef_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion
   $<$<BOOL:${HWDEF_WERROR}>:-Werror>)
+# g++ 12 sees overlapping copies where a text literal is put in front of a std::string (GCC bug 105651).
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(hwdef_options INTERFACE -Wno-restrict)
+endif()
 if(HWDEF_SANITIZE)
   target_compile_options(hwdef_options INTERFACE
     -fsanitize=${HWDEF_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
