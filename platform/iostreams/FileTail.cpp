@@ -24,8 +24,7 @@ void FileTail::read(char* buffer, std::size_t size, std::uint64_t offset) const
     }
     const std::size_t got = file_.readAt(buffer, size, offset);
     if (got < size) {
-        throw archiveError(file_.path(), "the file has " + std::to_string(offset + got) +
-                                             " bytes, expected " + std::to_string(offset + size));
+        throw archiveError(file_.path(), endsEarly(got, size, offset));
     }
 }
 

@@ -101,9 +101,7 @@ void MemberInput::readFile(char* buffer, std::size_t size, std::uint64_t offset)
 {
     const std::size_t got = archive_.file().readAt(buffer, size, offset);
     if (got < size) {
-        throw memberError(archive_.path(), entry_.name,
-                          "the file ends at " + std::to_string(offset + got) + ", expected it to go to " +
-                              std::to_string(offset + size) + " at least");
+        throw memberError(archive_.path(), entry_.name, endsEarly(got, size, offset));
     }
 }
 

@@ -45,6 +45,12 @@ zip_exception memberError(const std::string& archive, std::string_view member,
     return memberError(archive, member, reasonOf(error, archive));
 }
 
+std::string endsEarly(std::size_t got, std::size_t wanted, std::uint64_t offset)
+{
+    return "the file has become shorter: it has " + std::to_string(got) + " of " + std::to_string(wanted) +
+           " bytes at " + std::to_string(offset);
+}
+
 std::string quoted(std::string_view name)
 {
     std::string text = "\"";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -22,6 +23,8 @@ zip_exception archiveError(const std::string& archive, const platform::FileError
 zip_exception memberError(const std::string& archive, std::string_view member,
                           const platform::FileError& error);
 
+/// The reason for a read that was cut off by the end of a file, which was longer when it was opened.
+std::string endsEarly(std::size_t got, std::size_t wanted, std::uint64_t offset);
 /// The name in double quotes.
 std::string quoted(std::string_view name);
 /// Eight hexadecimal digits.
