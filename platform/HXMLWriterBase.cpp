@@ -80,7 +80,7 @@ pugi::xml_node HXMLWriterBase::Document::append(const std::string& name)
     if (!platform::isXmlName(name)) {
         fail(quoted(name) + " is no XML name for an element");
     }
-    if (closed_ || (open_ == tree_ && tree_.first_child())) {
+    if (open_ == tree_ && tree_.first_child()) {
         fail("element " + quoted(name) + " stands behind the end of the root element");
     }
     for (const auto& [attribute, value] : queue_) {
