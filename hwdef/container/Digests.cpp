@@ -93,6 +93,20 @@ private:
 
 }  // namespace
 
+std::string HHDFHwDef::getDigest() const
+{
+    return implementation_->digest;
+}
+
+bool HHDFHwDef::setDigest(std::string& digest)
+{
+    if (implementation_ == nullptr) {
+        return false;
+    }
+    implementation_->digest = digest;
+    return true;
+}
+
 void HHDFHwDef::addDigestForFile(std::string name, std::string digest)
 {
     if (implementation_ != nullptr) {

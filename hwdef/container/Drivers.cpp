@@ -59,6 +59,22 @@ private:
 
 }  // namespace
 
+std::size_t HHDFHwDef::getDriverFiles(Texts& files) const
+{
+    files = implementation_->driverDirs;
+    return files.size();
+}
+
+std::map<std::string, std::vector<HHDFHwDefDriver>> HHDFHwDef::getDriverFilesMap() const
+{
+    return implementation_->drivers.files();
+}
+
+std::map<std::string, std::vector<HHDFHwDefBoard>> HHDFHwDef::getBoardFilesMap() const
+{
+    return implementation_->boardFiles;
+}
+
 bool HHDFHwDef::addDrivers(const std::string& name, const std::string& directory)
 {
     if (implementation_ == nullptr || name.empty() || directory.empty()) {
