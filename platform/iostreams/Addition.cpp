@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <optional>
 
 #include "platform/ArchiveDigest.h"
 #include "platform/ReplacementFile.h"
@@ -21,10 +22,7 @@ namespace {
 /// Room for the directory record of a new member beside its name, and for the end records beside the
 /// comment, zip64 forms included.
 constexpr std::uint64_t recordRoom = DIRECTORY_HEADER_BYTES + 4 + 3 * 8;
-constexpr std::uint64_t endRoom = 56 + 20 + 22;
-/// What an archive without members begins with (APPNOTE 4.3.16, 4.3.14).
-constexpr std::uint32_t endSignature = 0x06054b50;
-constexpr std::uint32_t zip64EndSignature = 0x06064b50;
+constexpr std::uint64_t endRoom = ZIP64_END_RECORD_BYTES + ZIP64_LOCATOR_BYTES + END_RECORD_BYTES;
 /// A data descriptor with signature and 64-bit sizes (APPNOTE 4.3.9).
 constexpr std::uint64_t descriptorBytes = 24;
 
@@ -35,45 +33,42 @@ struct OldArchive {
     std::uint64_t membersEnd = 0;  ///< where the data of the last member ends, at most `directory`
     std::string kept;              ///< records of all members that stay, as they are
     std::uint64_t keptCount = 0;
-    bool recoverable = true;  ///< a reader may search the file for an earlier end record
+    bool inPlace = false;  ///< the file itself can be worked on
 };
 
-/// Where the local header of the entry ends, as far as it can be told.
-std::uint64_t headerEnd(const platform::File& file, const Entry& entry)
+/// Where the data of a member ends, its descriptor included; nothing when its local header is damaged.
+std::optional<std::uint64_t> dataEnd(const platform::File& file, const Entry& entry)
 {
     std::array<char, LOCAL_HEADER_BYTES> fixed = {};
-    const std::size_t got = file.readAt(fixed.data(), fixed.size(), entry.headerOffset);
-    const std::size_t length = localHeaderLength(std::string_view(fixed.data(), got));
-    return entry.headerOffset + std::max(length, LOCAL_HEADER_BYTES + entry.name.size());
+    file.readAt(fixed.data(), fixed.size(), entry.headerOffset);
+    if (load32(fixed.data()) != LOCAL_HEADER_SIGNATURE) {
+        return {};
+    }
+    const std::uint64_t descriptor = (entry.flags & FLAG_DESCRIPTOR) != 0 ? descriptorBytes : 0;
+    return entry.headerOffset + localHeaderLength(std::string_view(fixed.data(), fixed.size())) +
+           entry.compressedSize + descriptor;
 }
 
 /// Where new data may begin: an addition that was interrupted leaves bytes that belong to no member
-/// between the last one and the directory.
+/// between the last one and the directory. Members don't overlap, so the one that begins last ends
+/// last.
 std::uint64_t findMembersEnd(const ArchiveReader& reader, std::uint64_t directory)
 {
-    const Entry* last = nullptr;
-    std::uint64_t end = 0;
-    for (const Entry& entry : reader.entries()) {
-        if (last == nullptr || entry.headerOffset > last->headerOffset) {
-            last = &entry;
-        }
-        end =
-            std::max(end, entry.headerOffset + LOCAL_HEADER_BYTES + entry.name.size() + entry.compressedSize);
-    }
-    if (last != nullptr) {
-        const std::uint64_t descriptor = (last->flags & FLAG_DESCRIPTOR) != 0 ? descriptorBytes : 0;
-        end = std::max(end, headerEnd(reader.file(), *last) + last->compressedSize + descriptor);
-    }
-    return std::min(end, directory);
+    const auto& entries = reader.entries();
+    const auto last = std::max_element(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        return a.headerOffset < b.headerOffset;
+    });
+    return last == entries.end() ? directory
+                                 : std::min(dataEnd(reader.file(), *last).value_or(directory), directory);
 }
 
-/// Only such a file is searched for an earlier end record when its own end holds none.
-bool beginsLikeArchive(const platform::File& file)
+/// Whether the old state can be found whatever happens on the way. The file must begin with a member:
+/// a program in front may have its length counted in the offsets, and then nothing tells where it ends.
+bool canStayInPlace(const ArchiveReader& reader, const EndRecord& end)
 {
     std::array<char, 4> first = {};
-    file.readAt(first.data(), first.size(), 0);
-    const std::uint32_t signature = load32(first.data());
-    return signature == LOCAL_HEADER_SIGNATURE || signature == endSignature || signature == zip64EndSignature;
+    reader.file().readAt(first.data(), first.size(), 0);
+    return end.prefixSize == 0 && !reader.entries().empty() && load32(first.data()) == LOCAL_HEADER_SIGNATURE;
 }
 
 OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
@@ -81,17 +76,14 @@ OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
     OldArchive old;
     old.end = findEndRecord(reader.file());
     old.directory = old.end.prefixSize + old.end.directoryOffset;
-    old.membersEnd = findMembersEnd(reader, old.directory);
     for (const Entry& entry : reader.entries()) {
         if (entry.name != replaced) {
             old.kept += entry.record;
             ++old.keptCount;
         }
     }
-    old.recoverable = old.end.prefixSize == 0 && beginsLikeArchive(reader.file());
-    if (!old.recoverable) {
-        old.membersEnd = old.directory;
-    }
+    old.inPlace = canStayInPlace(reader, old.end);
+    old.membersEnd = old.inPlace ? findMembersEnd(reader, old.directory) : old.directory;
     return old;
 }
 
@@ -214,7 +206,7 @@ void addToArchive(const std::string& archive, NewMember& member)
         }
         platform::File file = platform::File::openRegular(archive, O_RDWR);
         const OldArchive old = examine(*reader, member.name());
-        if (old.recoverable) {
+        if (old.inPlace) {
             InPlace(file, old).add(member);
         } else {
             addToCopy(archive, &file, old, member);

@@ -92,49 +92,45 @@ void Spool::moveToFile()
 class file_sink::Impl {
 public:
     Impl(std::string member, std::string archive)
-        : member_(std::move(member)), archive_(std::move(archive)), spool_(archive_)
+        : member_(std::move(member)), archive_(std::move(archive)), spool_(std::make_unique<Spool>(archive_))
     {
     }
 
+    bool isOpen() const { return spool_ != nullptr; }
     void write(std::string_view bytes);
     void close();
-
-    bool open_ = true;
 
 private:
     std::string member_;
     std::string archive_;
-    Spool spool_;
+    std::unique_ptr<Spool> spool_;  ///< none once the sink is closed or a write has failed
     int exceptions_ = std::uncaught_exceptions();
 };
 
 void file_sink::Impl::write(std::string_view bytes)
 {
-    if (!open_) {
+    if (!spool_) {
         throw zip::memberError(archive_, member_, "can't be written to: it is closed or a write has failed");
     }
     try {
-        spool_.add(bytes);
+        spool_->add(bytes);
     } catch (const platform::FileError& error) {
-        open_ = false;
+        spool_.reset();
         throw zip::memberError(archive_, member_, error);
     }
 }
 
 void file_sink::Impl::close()
 {
-    if (!open_) {
-        return;
-    }
-    open_ = false;
+    const std::unique_ptr<Spool> spool = std::move(spool_);
     // A stream that goes away because of an exception closes its devices as well, but what it has
     // written by then is not what it was meant to write.
-    if (std::uncaught_exceptions() > exceptions_) {
+    if (!spool || std::uncaught_exceptions() > exceptions_) {
         return;
     }
     try {
         zip::MemberWriter writer;
-        spool_.open(writer, member_);
+        spool->open(writer, member_);
         zip::addToArchive(archive_, writer);
     } catch (const zip::SourceError& error) {
         throw zip::memberError(archive_, member_, error.what());
@@ -154,7 +150,7 @@ file_sink::file_sink(const std::string& member, const std::string& archive, std:
 
 bool file_sink::is_open() const
 {
-    return impl_ && impl_->open_;
+    return impl_ && impl_->isOpen();
 }
 
 std::streamsize file_sink::write(const char* buffer, std::streamsize count)
