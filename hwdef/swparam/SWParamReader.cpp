@@ -1,17 +1,12 @@
 #include "hwdef/swparam/SWParamReader.h"
 
-#include <rapidjson/error/en.h>
-#include <rapidjson/istreamwrapper.h>
-#include <rapidjson/reader.h>
-
 #include <algorithm>
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/trim.hpp>
-#include <istream>
 #include <string_view>
 #include <utility>
-#include <vector>
 
+#include "hwdef/swparam/RootMembers.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HCRapidJsonReadWriteUtils.h"
 #include "platform/HUTFile.h"
@@ -20,143 +15,25 @@
 
 namespace {
 
-using Members = std::vector<std::pair<std::string, std::string>>;
-
 /// The zip streams know no encrypted members; they accept the hint all the same.
 constexpr int encryptionHint = 3;
 
 constexpr std::string_view refNameKey = "refName";
 
-/// Collects the members of a root object as texts and passes over what lies below them, so that a
-/// small archive can't unfold into a huge document.
-class RootMembers : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, RootMembers> {
-public:
-    bool Key(const char* text, rapidjson::SizeType length, bool)
-    {
-        if (depth_ == 1) {
-            key_.assign(text, length);
-        }
-        return true;
-    }
-    /// Numbers come here as well, as they stand in the document.
-    bool String(const char* text, rapidjson::SizeType length, bool) { return add({text, length}); }
-    bool Bool(bool value) { return add(value ? "true" : "false"); }
-    bool Null() { return add(""); }
-    bool StartObject()
-    {
-        rootIsObject_ = rootIsObject_ || depth_ == 0;
-        return open();
-    }
-    bool StartArray() { return open(); }
-    bool EndObject(rapidjson::SizeType) { return close(); }
-    bool EndArray(rapidjson::SizeType) { return close(); }
-
-    Members take() { return std::move(members_); }
-
-private:
-    bool add(std::string value)
-    {
-        if (depth_ == 1 && rootIsObject_) {
-            members_.emplace_back(std::move(key_), std::move(value));
-        }
-        return true;
-    }
-    bool open()
-    {
-        add("");
-        ++depth_;
-        return true;
-    }
-    bool close()
-    {
-        --depth_;
-        return true;
-    }
-
-    Members members_;
-    std::string key_;
-    std::size_t depth_ = 0;
-    bool rootIsObject_ = false;
-};
-
-/// A stream's bytes up to the largest size allowed, in the form that RapidJSON wraps.
-class LimitedBytes {
-public:
-    using char_type = char;
-    using traits_type = std::char_traits<char>;
-    using int_type = traits_type::int_type;
-
-    explicit LimitedBytes(std::istream& in) : in_(in), buffer_(bufferBytes) {}
-
-    int_type peek()
-    {
-        return at_ < size_ || fill() ? traits_type::to_int_type(buffer_[at_]) : traits_type::eof();
-    }
-    int_type get()
-    {
-        const int_type byte = peek();
-        ++at_;
-        return byte;
-    }
-    bool atEnd() { return peek() == traits_type::eof(); }
-    /// True once more than the largest size was asked for; the bytes end there.
-    bool areTooMany() const { return total_ > SWParamReader::MAX_MEMBER_BYTES; }
-
-private:
-    static constexpr std::size_t bufferBytes = 64 * 1024;
-
-    bool fill()
-    {
-        in_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
-        total_ += static_cast<std::size_t>(in_.gcount());
-        size_ = areTooMany() ? 0 : static_cast<std::size_t>(in_.gcount());
-        at_ = 0;
-        return size_ > 0;
-    }
-
-    std::istream& in_;
-    std::vector<char> buffer_;
-    std::size_t at_ = 0;
-    std::size_t size_ = 0;
-    std::size_t total_ = 0;
-};
-
-/// Why the bytes are not those of the whole member; empty when they are.
-std::string readFailure(const LimitedBytes& bytes, const std::istream& in)
+bool isRefName(const std::pair<std::string, std::string>& member)
 {
-    if (bytes.areTooMany()) {
-        return "larger than the " + std::to_string(SWParamReader::MAX_MEMBER_BYTES) + " bytes allowed";
-    }
-    return in.bad() ? "can't be read to its end" : "";
+    return member.first == refNameKey;
 }
 
-/// The root object's members in document order; none, after a message, for what is no whole JSON
-/// document.
-Members readMembers(std::istream& in, const std::string& member, const std::string& container)
+void report(const RootMembers& read, const std::string& member, const std::string& container)
 {
-    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
-                               rapidjson::kParseNumbersAsStringsFlag;
-    LimitedBytes bytes(in);
-    rapidjson::BasicIStreamWrapper<LimitedBytes> text(bytes);
-    RootMembers root;
-    rapidjson::Reader reader;
-    rapidjson::ParseResult result = reader.Parse<flags>(text, root);
-    if (!result.IsError() && !bytes.atEnd()) {
-        // The parser takes a null character for the end.
-        result.Set(rapidjson::kParseErrorDocumentRootNotSingular, text.Tell());
-    }
-    if (const std::string reason = readFailure(bytes, in); !reason.empty()) {
-        ComMsgMgr::sendMessage(container + ": member \"" + member + "\": " + reason, false);
-        return {};
-    }
-    if (result.IsError()) {
+    if (!read.readError.empty()) {
+        ComMsgMgr::sendMessage(container + ": member \"" + member + "\": " + read.readError, false);
+    } else if (!read.parseError.empty()) {
         std::string canonicalName;
         HUTFile(member).getCanonicalName(canonicalName);
-        HCRapidJsonReadWriteUtils::errorParsingJsonFile(canonicalName,
-                                                        HCRapidJsonReadWriteUtils::GetErrorMsg(result));
-        return {};
+        HCRapidJsonReadWriteUtils::errorParsingJsonFile(canonicalName, read.parseError);
     }
-    return root.take();
 }
 
 /// Calls `take(line)` for each line, without its newline.
@@ -188,15 +65,15 @@ void SWParamReader::parseAttributeJsonFile(const std::string& member, const std:
         ComMsgMgr::sendMsg("hdf", "@36-530@%s%s", 2, ComMsgMgr::NOTICE, member.c_str(), container.c_str());
         return;
     }
-    Members members = readMembers(in, member, container);
+    RootMembers read = readRootMembers(in, MAX_MEMBER_BYTES);
     in.close();
-    if (std::none_of(members.begin(), members.end(),
-                     [](const auto& read) { return read.first == refNameKey; })) {
+    report(read, member, container);
+    if (std::none_of(read.members.begin(), read.members.end(), isRefName)) {
         return;
     }
     std::string name;
     std::map<std::string, std::string> found;
-    for (auto& [key, value] : members) {
+    for (auto& [key, value] : read.members) {
         if (key == "pss_io") {
             processIOString(value);
         } else if (key == "pss_power") {

@@ -1,0 +1,138 @@
+#include "hwdef/swparam/RootMembers.h"
+
+#include <rapidjson/error/error.h>
+#include <rapidjson/istreamwrapper.h>
+#include <rapidjson/reader.h>
+
+#include <istream>
+#include <utility>
+
+#include "platform/HCRapidJsonReadWriteUtils.h"
+
+namespace {
+
+using TextPairs = std::vector<std::pair<std::string, std::string>>;
+
+/// Collects the members of a root object as texts and passes over what lies below them, so that a
+/// small archive can't unfold into a huge document.
+class Collector : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Collector> {
+public:
+    bool Key(const char* text, rapidjson::SizeType length, bool)
+    {
+        if (depth_ == 1) {
+            key_.assign(text, length);
+        }
+        return true;
+    }
+    /// Numbers come here as well, as they stand in the document.
+    bool String(const char* text, rapidjson::SizeType length, bool) { return add({text, length}); }
+    bool Bool(bool value) { return add(value ? "true" : "false"); }
+    bool Null() { return add(""); }
+    bool StartObject()
+    {
+        rootIsObject_ = rootIsObject_ || depth_ == 0;
+        return open();
+    }
+    bool StartArray() { return open(); }
+    bool EndObject(rapidjson::SizeType) { return close(); }
+    bool EndArray(rapidjson::SizeType) { return close(); }
+
+    TextPairs take() { return std::move(members_); }
+
+private:
+    bool add(std::string value)
+    {
+        if (depth_ == 1 && rootIsObject_) {
+            members_.emplace_back(std::move(key_), std::move(value));
+        }
+        return true;
+    }
+    bool open()
+    {
+        add("");
+        ++depth_;
+        return true;
+    }
+    bool close()
+    {
+        --depth_;
+        return true;
+    }
+
+    TextPairs members_;
+    std::string key_;
+    std::size_t depth_ = 0;
+    bool rootIsObject_ = false;
+};
+
+/// A stream's bytes up to the largest size allowed, in the form that RapidJSON wraps.
+class LimitedBytes {
+public:
+    using char_type = char;
+    using traits_type = std::char_traits<char>;
+    using int_type = traits_type::int_type;
+
+    LimitedBytes(std::istream& in, std::size_t maxBytes) : in_(in), maxBytes_(maxBytes), buffer_(bufferBytes)
+    {
+    }
+
+    int_type peek()
+    {
+        return at_ < size_ || fill() ? traits_type::to_int_type(buffer_[at_]) : traits_type::eof();
+    }
+    int_type get()
+    {
+        const int_type byte = peek();
+        ++at_;
+        return byte;
+    }
+    bool atEnd() { return peek() == traits_type::eof(); }
+    /// True once more than the largest size was asked for; the bytes end there.
+    bool areTooMany() const { return total_ > maxBytes_; }
+
+private:
+    static constexpr std::size_t bufferBytes = 64 * 1024;
+
+    bool fill()
+    {
+        in_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+        total_ += static_cast<std::size_t>(in_.gcount());
+        size_ = areTooMany() ? 0 : static_cast<std::size_t>(in_.gcount());
+        at_ = 0;
+        return size_ > 0;
+    }
+
+    std::istream& in_;
+    std::size_t maxBytes_;
+    std::vector<char> buffer_;
+    std::size_t at_ = 0;
+    std::size_t size_ = 0;
+    std::size_t total_ = 0;
+};
+
+}  // namespace
+
+RootMembers readRootMembers(std::istream& in, std::size_t maxBytes)
+{
+    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
+                               rapidjson::kParseNumbersAsStringsFlag;
+    LimitedBytes bytes(in, maxBytes);
+    rapidjson::BasicIStreamWrapper<LimitedBytes> text(bytes);
+    Collector collector;
+    rapidjson::Reader reader;
+    rapidjson::ParseResult result = reader.Parse<flags>(text, collector);
+    if (!result.IsError() && !bytes.atEnd()) {
+        // The parser takes a null character for the end.
+        result.Set(rapidjson::kParseErrorDocumentRootNotSingular, text.Tell());
+    }
+    if (bytes.areTooMany()) {
+        return {{}, "larger than the " + std::to_string(maxBytes) + " bytes allowed", ""};
+    }
+    if (in.bad()) {
+        return {{}, "can't be read to its end", ""};
+    }
+    if (result.IsError()) {
+        return {{}, "", HCRapidJsonReadWriteUtils::GetErrorMsg(result)};
+    }
+    return {collector.take(), "", ""};
+}
