@@ -206,7 +206,7 @@ void addToArchive(const std::string& archive, NewMember& member)
         }
         platform::File file = platform::File::openRegular(archive, O_RDWR);
         const OldArchive old = examine(*reader, member.name());
-        if (old.inPlace) {
+        if (old.inPlace && !member.isReadFrom(file)) {
             InPlace(file, old).add(member);
         } else {
             addToCopy(archive, &file, old, member);

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/SystemCalls.h"
 #include "platform/iostreams/EntryHeaders.h"
 
 namespace iostreams::zip {
@@ -90,6 +91,15 @@ void MemberWriter::openBytes(std::string_view content, std::string name)
 std::uint64_t MemberWriter::maxBytes() const
 {
     return localHeaderLength(entry_) + entry_.compressedSize;
+}
+
+bool MemberWriter::isReadFrom(const platform::File& file) const
+{
+    struct stat own = {};
+    struct stat other = {};
+    return source_.isOpen() && platform::SystemCalls::get().fstat(source_.descriptor(), &own) == 0 &&
+           platform::SystemCalls::get().fstat(file.descriptor(), &other) == 0 && own.st_dev == other.st_dev &&
+           own.st_ino == other.st_ino;
 }
 
 Entry MemberWriter::write(BufferedOutput& out)

@@ -31,6 +31,7 @@ public:
 
     std::string_view name() const override { return name_; }
     std::uint64_t maxBytes() const override;
+    bool isReadFrom(const platform::File& file) const override;
     Entry write(BufferedOutput& out) override;
 
 private:

@@ -27,6 +27,9 @@ public:
     virtual std::string_view name() const = 0;
     /// The most bytes that write() puts out at any time, local header included.
     virtual std::uint64_t maxBytes() const = 0;
+    /// Whether the source is that very file, of which an addition in place would change what is still
+    /// to be read. Members of an archive stay as they are, and don't count.
+    virtual bool isReadFrom(const platform::File&) const { return false; }
     /// Writes local header and data; the entry's offset is that of the header in the output's file,
     /// its name lives as long as this object stays unchanged, its record is empty. Throws SourceError,
     /// and FileError of the output; what was put out must then be taken back.
