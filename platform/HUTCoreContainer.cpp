@@ -106,7 +106,8 @@ void copyOnDisk(const std::string& from, const std::string& to)
 {
     const platform::File source = platform::File::openRegular(from, O_RDONLY);
     makeParent(to);
-    platform::ReplacementFile target(to);
+    const auto mode = HUTFile(to).exists() ? std::optional<mode_t>() : source.mode() & 0777;
+    platform::ReplacementFile target(to, platform::ReplacementFile::Links::FOLLOWED, mode);
     source.copyTo(target.file(), source.size(), 0, 0);
     target.commit();
 }

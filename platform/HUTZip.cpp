@@ -2,7 +2,7 @@
 
 #include <fcntl.h>
 
-#include <boost/filesystem/operations.hpp>
+#include <algorithm>
 #include <limits>
 
 #include "platform/ArchiveDigest.h"
