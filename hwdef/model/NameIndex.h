@@ -32,11 +32,14 @@ public:
             return NONE;
         }
         const Cell& cell = cellOf(slots, Rule::hash(name), name);
-        return cell.tail == NONE ? NONE : next_[cell.tail];
+        return cell.tail >= GIVEN_UP ? NONE : next_[cell.tail];
     }
 
     /// Whether a lookup has read that slot.
     bool hasRead(std::uint32_t slot) const { return slot < next_.size(); }
+
+    /// How many cells of the table are taken; lookups walk over runs of them.
+    std::size_t usedCells() const { return usedCells_; }
 
     /// Forgets everything; the next lookup reads the list anew.
     void reset() { *this = NameIndex(); }
@@ -73,26 +76,31 @@ private:
         const std::string_view name = slots[slot]->fileName();
         const std::uint32_t hash = Rule::hash(name);
         Cell& cell = cellOf(slots, hash, name);
-        if (cell.tail == NONE) {
-            cell.hash = hash;
-            ++usedCells_;
-        } else {
+        if (cell.tail < GIVEN_UP) {
             next_[slot] = next_[cell.tail];
             next_[cell.tail] = slot;
         }
-        cell.tail = slot;
+        usedCells_ += cell.tail == NONE ? 1 : 0;
+        cell = {hash, slot};
     }
 
-    /// The cell of a name, or the free cell that it would take.
+    /// The cell of a name, or the one that it would take: a free one, or, so that a name whose
+    /// entries are dropped one after the other doesn't fill the table, one of its hash that was
+    /// given up.
     Cell& cellOf(const Slots& slots, std::uint32_t hash, std::string_view name)
     {
+        Cell* givenUp = nullptr;
         for (std::size_t at = home(hash);; at = (at + 1) & (cells_.size() - 1)) {
             Cell& cell = cells_[at];
             if (cell.tail == NONE) {
-                return cell;
+                return givenUp ? *givenUp : cell;
             }
-            if (cell.hash == hash && settle(slots, cell) &&
-                Rule::same(slots[next_[cell.tail]]->fileName(), name)) {
+            if (cell.hash != hash) {
+                continue;
+            }
+            if (!settle(slots, cell)) {
+                givenUp = &cell;
+            } else if (Rule::same(slots[next_[cell.tail]]->fileName(), name)) {
                 return cell;
             }
         }
