@@ -1,8 +1,10 @@
 #include "platform/HXMLWInterface.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <pugixml.hpp>
 #include <utility>
@@ -21,11 +23,13 @@ bool isElement(const pugi::xml_node& node)
     return node.type() == pugi::node_element;
 }
 
-/// One attribute; both texts stand in the document's text.
+/// One attribute: where its two texts stand, in bytes behind the start of the element's name. Both
+/// lie in the document's text, so that 32 bits do.
 struct Attribute {
-    const char* name;
-    const char* value;
+    std::uint32_t name;
+    std::uint32_t value;
 };
+constexpr std::size_t maxTextBytes = std::numeric_limits<std::uint32_t>::max();
 
 /// One element. The document holds its elements in document order in one array, so that the
 /// children of an element begin right behind it; their attributes stand in the same order in
@@ -45,9 +49,9 @@ const char* Element::getAttribute(const char* wanted) const
 {
     const Attribute* const end = (this + 1)->attributes;
     const Attribute* const found = std::find_if(attributes, end, [&](const Attribute& attribute) {
-        return std::strcmp(attribute.name, wanted) == 0;
+        return std::strcmp(name + attribute.name, wanted) == 0;
     });
-    return found == end ? nullptr : found->value;
+    return found == end ? nullptr : name + found->value;
 }
 
 std::shared_ptr<std::vector<HXMLWElement*>> Element::getChildren() const
@@ -119,7 +123,8 @@ Elements::Elements(pugi::xml_node root)
         next->name = node.name();
         next->attributes = attributes_.data() + attributes_.size();
         for (const pugi::xml_attribute& attribute : node.attributes()) {
-            attributes_.push_back({attribute.name(), attribute.value()});
+            attributes_.push_back({static_cast<std::uint32_t>(attribute.name() - next->name),
+                                   static_cast<std::uint32_t>(attribute.value() - next->name)});
         }
         open.push_back(next++);
     });
@@ -222,6 +227,10 @@ private:
 void HXMLWInterface::Document::parse(std::string text)
 {
     text_ = std::move(text);
+    if (text_.size() > maxTextBytes) {
+        error_ = {1, 1, "larger than the " + std::to_string(maxTextBytes) + " bytes allowed"};
+        return;
+    }
     const LineEnds lines(text_);
     if (const auto defect = platform::findXmlTextDefect(text_)) {
         error_ = lines.errorAt(defect->offset, defect->description);

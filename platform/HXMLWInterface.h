@@ -28,9 +28,9 @@ public:
     HXMLWInterface& operator=(const HXMLWInterface&) = delete;
 
     /// Parses a document held in memory, in place of any earlier one; the elements of the earlier
-    /// one are gone. The text is UTF-8, whatever its declaration says. True when it is well formed
-    /// (XML 1.0) and has one root element; error() tells otherwise. Repeated attributes, "<" in a value
-    /// and "&" that begins no reference are let pass. Pass the text by moving it in to save a copy.
+    /// one are gone. The text is UTF-8, whatever its declaration says, and below 4 GiB. True when it is well
+    /// formed (XML 1.0) and has one root element; error() tells otherwise. Repeated attributes, "<" in a
+    /// value and "&" that begins no reference are let pass. Pass the text by moving it in to save a copy.
     bool readFromBuffer(std::string buffer);
 
     /// The root element, owned by this object; null when nothing was parsed.
