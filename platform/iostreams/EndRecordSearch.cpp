@@ -42,7 +42,8 @@ public:
     {
         while (!window_.empty() || begin_ > 0) {
             // The signature's last byte is rare in most data, unlike its first.
-            const void* last = memrchr(window_.data(), signature_.back(), window_.size());
+            const void* last =
+                window_.empty() ? nullptr : memrchr(window_.data(), signature_.back(), window_.size());
             if (last == nullptr) {
                 readFurtherInFront();
                 continue;
