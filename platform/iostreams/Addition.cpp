@@ -23,8 +23,6 @@ namespace {
 /// comment, zip64 forms included.
 constexpr std::uint64_t recordRoom = DIRECTORY_HEADER_BYTES + 4 + 3 * 8;
 constexpr std::uint64_t endRoom = ZIP64_END_RECORD_BYTES + ZIP64_LOCATOR_BYTES + END_RECORD_BYTES;
-/// A data descriptor with signature and 64-bit sizes (APPNOTE 4.3.9).
-constexpr std::uint64_t descriptorBytes = 24;
 
 /// What an addition keeps of the archive that it adds to.
 struct OldArchive {
@@ -44,7 +42,7 @@ std::optional<std::uint64_t> dataEnd(const platform::File& file, const Entry& en
     if (load32(fixed.data()) != LOCAL_HEADER_SIGNATURE) {
         return {};
     }
-    const std::uint64_t descriptor = (entry.flags & FLAG_DESCRIPTOR) != 0 ? descriptorBytes : 0;
+    const std::uint64_t descriptor = (entry.flags & FLAG_DESCRIPTOR) != 0 ? LONGEST_DESCRIPTOR_BYTES : 0;
     return entry.headerOffset + localHeaderLength(std::string_view(fixed.data(), fixed.size())) +
            entry.compressedSize + descriptor;
 }

@@ -71,7 +71,6 @@ std::size_t Deflater::trialSize(std::string_view input, std::size_t atMost)
     for (std::string_view piece = drain(); !piece.empty() && size < atMost; piece = drain()) {
         size += piece.size();
     }
-    restart();
     return size < atMost ? size : atMost;
 }
 

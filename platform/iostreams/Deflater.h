@@ -28,7 +28,7 @@ public:
     std::string_view drain();
 
     /// How many bytes `input` would take as a stream of its own; `atMost` at most, for the rest is
-    /// not compressed once that many are there. The stream under way is lost.
+    /// not compressed once that many are there. The next stream must begin with restart().
     std::size_t trialSize(std::string_view input, std::size_t atMost);
 
 private:

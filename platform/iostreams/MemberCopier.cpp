@@ -17,23 +17,6 @@ constexpr std::uint64_t smallBytes = windowBytes / 4;
 /// Room for an extra field of usual size, so that header and small data come with one read.
 constexpr std::size_t extraRoom = 64;
 
-void checkCopyable(const Entry& entry, const std::string& archive)
-{
-    if ((entry.flags & (FLAG_ENCRYPTED | FLAG_STRONG_ENCRYPTION | FLAG_MASKED_HEADERS)) != 0) {
-        throw memberError(archive, entry.name, "is encrypted, which isn't supported");
-    }
-    if (entry.method != METHOD_STORED && entry.method != METHOD_DEFLATED) {
-        throw memberError(archive, entry.name,
-                          "has compression method " + std::to_string(entry.method) +
-                              ", supported are 0 (stored) and 8 (deflated)");
-    }
-    if (entry.method == METHOD_STORED && entry.size != entry.compressedSize) {
-        throw memberError(archive, entry.name,
-                          "is stored, yet has size " + std::to_string(entry.size) + " and compressed size " +
-                              std::to_string(entry.compressedSize));
-    }
-}
-
 }  // namespace
 
 MemberCopier::MemberCopier() : window_(windowBytes) {}
@@ -44,10 +27,9 @@ void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::s
     name_ = std::move(name);
     archive_ = &archive;
     try {
-        checkCopyable(entry, archive.path());
+        checkSupported(entry, archive.path());
         if (windowOwner_ != archive.serial()) {
             windowSize_ = 0;
-            fileSize_ = archive.file().size();
             windowOwner_ = archive.serial();
         }
         dataOffset_ = findData(entry);
@@ -99,8 +81,11 @@ std::uint64_t MemberCopier::findData(const Entry& entry)
         header = view(entry.headerOffset, localHeaderLength(header));
     }
     const std::uint64_t offset = entry.headerOffset + checkLocalHeader(header, entry, archive_->path());
-    if (offset > fileSize_ || entry.compressedSize > fileSize_ - offset) {
-        throw memberError(archive_->path(), entry.name, "its data goes beyond the end of the file");
+    const std::uint64_t limit = archive_->dataLimit(entry);
+    if (offset > limit || entry.compressedSize > limit - offset) {
+        throw memberError(archive_->path(), entry.name,
+                          std::to_string(entry.compressedSize) + " bytes at " + std::to_string(offset) +
+                              " run into what begins at " + std::to_string(limit));
     }
     return offset;
 }

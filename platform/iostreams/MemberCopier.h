@@ -16,7 +16,7 @@ public:
 
     /// Begins a new member, in place of the one before. Its local header is held against the entry;
     /// throws SourceError when they differ, when the data isn't stored or deflated, is encrypted, or
-    /// goes beyond the file. Archive and entry must outlive the write.
+    /// runs into the next member. Archive and entry must outlive the write.
     void open(const ArchiveReader& archive, const Entry& entry, std::string name);
 
     std::string_view name() const override { return name_; }
@@ -34,7 +34,6 @@ private:
     std::string header_;
 
     std::uint64_t windowOwner_ = 0;  ///< serial of the archive whose bytes the window holds
-    std::uint64_t fileSize_ = 0;     ///< of that archive
     std::uint64_t windowOffset_ = 0;
     std::size_t windowSize_ = 0;
     std::vector<char> window_;

@@ -146,12 +146,12 @@ void MemberWriter::packWhole(std::string_view content)
 }
 
 /// How many bytes deflate would take off the chunk. Data that doesn't shrink would make deflate the
-/// slowest step by far, so only a sixteenth of the chunk is tried, in four pieces; `exactly` tries all.
-std::uint64_t MemberWriter::estimateSaving(std::string_view chunk, bool exactly)
+/// slowest step by far, so only a sixteenth of the chunk is tried, four pieces side by side.
+std::uint64_t MemberWriter::estimateSaving(std::string_view chunk)
 {
     constexpr std::size_t pieceBytes = 4 * 1024;
     constexpr std::size_t pieces = 4;
-    if (exactly || chunk.size() <= pieces * pieceBytes) {
+    if (chunk.size() <= pieces * pieceBytes) {
         return chunk.size() - deflater_.trialSize(chunk, chunk.size());
     }
     sample_.clear();
@@ -198,7 +198,7 @@ bool MemberWriter::store(BufferedOutput& out, bool watch)
     std::uint64_t saving = 0;
     for (auto chunk = readChunk(0); !chunk.empty(); chunk = readChunk(entry.size)) {
         if (watch) {
-            saving += estimateSaving(chunk, entry.size == 0);
+            saving += estimateSaving(chunk);
             if (saving > entry_.size / worthwhilePart) {
                 return false;
             }
@@ -226,7 +226,7 @@ bool MemberWriter::deflate(BufferedOutput& out)
         const auto chunk = readChunk(entry.size);
         entry.crc = updateCrc(entry.crc, chunk);
         entry.size += chunk.size();
-        last = chunk.size() < CHUNK_BYTES || entry.size == entry_.size;
+        last = chunk.size() < CHUNK_BYTES;
         deflater_.feed(chunk, last);
         for (auto piece = deflater_.drain(); !piece.empty(); piece = deflater_.drain()) {
             entry.compressedSize += piece.size();

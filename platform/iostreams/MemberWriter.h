@@ -38,7 +38,7 @@ private:
     void begin(std::string name);
     std::string_view readChunk(std::uint64_t offset);
     void packWhole(std::string_view content);
-    std::uint64_t estimateSaving(std::string_view chunk, bool exactly);
+    std::uint64_t estimateSaving(std::string_view chunk);
 
     void startPass(BufferedOutput& out);
     void endPass(BufferedOutput& out, const Entry& entry);
