@@ -41,7 +41,9 @@ auto uninterrupted(Call call)
 /// Whether copy_file_range can't serve this pair of files, so that plain reads and writes must.
 bool needsPlainCopy(int error)
 {
-    return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EPERM;
+    // EIO does not say which of the two files it is about; plain reads and writes do.
+    return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EPERM ||
+           error == EIO;
 }
 
 void copyThroughBuffer(const File& from, const File& to, std::uint64_t size, std::uint64_t fromOffset,
@@ -64,7 +66,7 @@ void copyThroughBuffer(const File& from, const File& to, std::uint64_t size, std
 }  // namespace
 
 FileError::FileError(const std::string& path, const std::string& operation, int error)
-    : HEXAll(path + ": can't " + operation + ": " + describe(error)), error_(error)
+    : HEXAll(path + ": can't " + operation + ": " + describe(error)), error_(error), path_(path)
 {
 }
 

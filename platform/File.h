@@ -18,9 +18,11 @@ public:
     ~FileError() override;
 
     int error() const { return error_; }
+    const std::string& path() const { return path_; }
 
 private:
     int error_;
+    std::string path_;
 };
 
 /// One open file. Owns its descriptor; moved, not copied. Interrupted calls are repeated and short

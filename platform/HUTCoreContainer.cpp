@@ -167,6 +167,12 @@ bool HUTCoreContainer::hasParentCoreContainer(const std::string& path, bool)
     return locate(path).has_value();
 }
 
+bool HUTCoreContainer::contains(const std::string& path)
+{
+    const std::optional<InArchive> place = locate(path);
+    return place && zip::is_file(place->member, place->archive);
+}
+
 bool HUTCoreContainer::cp(const std::string& from, const std::string& to, bool overwrite, std::string* reason)
 {
     try {

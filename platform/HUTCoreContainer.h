@@ -16,6 +16,10 @@ public:
     /// nothing. Costs one status call per ancestor, and opens only ancestors that are regular files.
     static bool hasParentCoreContainer(const std::string& path, bool flag);
 
+    /// True when the path lies inside an archive that holds it as a member; false for what can't be
+    /// read.
+    static bool contains(const std::string& path);
+
     /// Copies a file from and to a disk path or a path inside an archive, in any combination.
     ///
     /// False when the source can't be read, the destination can't be written, or it exists and

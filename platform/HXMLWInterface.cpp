@@ -236,6 +236,10 @@ void HXMLWInterface::Document::parse(std::string text)
         error_ = lines.errorAt(defect->offset, defect->description);
         return;
     }
+    if (const auto defect = platform::findBadReference(text_)) {
+        error_ = lines.errorAt(defect->offset, defect->description);
+        return;
+    }
     pugi::xml_document tree;
     // The parser overwrites the last byte it is given: hand it the terminator.
     const pugi::xml_parse_result result =

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <boost/locale/utf.hpp>
+#include <charconv>
 #include <cstdio>
+#include <system_error>
+#include <utility>
 
 namespace platform {
 
@@ -26,6 +29,36 @@ std::string describe(utf::code_point c, char firstByte)
                       static_cast<unsigned>(static_cast<unsigned char>(firstByte)));
     }
     return text;
+}
+
+/// Where a stretch that begins at `at` and holds no references ends; `at` itself where none begins.
+std::size_t skipLiteral(std::string_view document, std::size_t at)
+{
+    static constexpr std::pair<std::string_view, std::string_view> literals[] = {
+        {"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+    for (const auto& [open, close] : literals) {
+        if (document.substr(at, open.size()) == open) {
+            const std::size_t end = document.find(close, at + open.size());
+            return end == std::string_view::npos ? document.size() : end + close.size();
+        }
+    }
+    return at;
+}
+
+/// The number of the reference whose "&#" ends in front of `at`; 0, which is no character, for one
+/// beyond all characters. Nothing for what is no whole reference.
+std::optional<utf::code_point> referenceNumber(std::string_view document, std::size_t at)
+{
+    const bool hexadecimal = document.substr(at, 1) == "x";
+    const std::string_view digits =
+        document.substr(hexadecimal ? at + 1 : at, document.find(';', at) - (hexadecimal ? at + 1 : at));
+    utf::code_point number = 0;
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), number, hexadecimal ? 16 : 10);
+    if (digits.empty() || end != digits.data() + digits.size() || error == std::errc::invalid_argument) {
+        return std::nullopt;
+    }
+    return error == std::errc::result_out_of_range ? 0 : number;
 }
 
 bool isNameStart(char c)
@@ -56,6 +89,25 @@ std::optional<XmlTextDefect> findXmlTextDefect(std::string_view text)
         if (!isXmlCharacter(c)) {
             return XmlTextDefect{static_cast<std::size_t>(start - text.data()), describe(c, *start)};
         }
+    }
+    return std::nullopt;
+}
+
+std::optional<XmlTextDefect> findBadReference(std::string_view document)
+{
+    if (document.find("&#") == std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::size_t at = document.find_first_of("<&");
+    while (at != std::string_view::npos) {
+        const std::size_t behind = skipLiteral(document, at);
+        if (behind == at && document.substr(at, 2) == "&#") {
+            const auto number = referenceNumber(document, at + 2);
+            if (number && !isXmlCharacter(*number)) {
+                return XmlTextDefect{at, "reference to a character that XML 1.0 doesn't have"};
+            }
+        }
+        at = document.find_first_of("<&", std::max(behind, at + 1));
     }
     return std::nullopt;
 }

@@ -17,6 +17,11 @@ struct XmlTextDefect {
 /// valid UTF-8; nothing for a text that XML can carry. Linear.
 std::optional<XmlTextDefect> findXmlTextDefect(std::string_view text);
 
+/// The first character reference of a document (section 4.1) to what is no character of XML, like
+/// "&#0;"; nothing when there is none. Comments, CDATA sections and processing instructions hold no
+/// references. Linear.
+std::optional<XmlTextDefect> findBadReference(std::string_view document);
+
 /// True when the text can be the name of an element or an attribute (section 2.3); letters beyond
 /// ASCII are all taken for name characters.
 bool isXmlName(std::string_view text);

@@ -28,14 +28,15 @@ fs::path resolved(const fs::path& path)
     return error ? fs::path() : result;
 }
 
-/// Whether `name` leads out of `dir`, by what it says or by the links on its way.
-bool leaves(const fs::path& name, const std::string& dir)
+/// Whether `name`, behind `dir` and a separator, leads out of `dir`, by what it says or by the links on
+/// its way.
+bool leaves(const std::string& name, const std::string& dir)
 {
-    const fs::path normal = name.lexically_normal();
-    if (name.has_root_directory() || (!normal.empty() && *normal.begin() == "..")) {
+    const fs::path normal = fs::path("./" + name).lexically_normal();
+    if (!normal.empty() && *normal.begin() == "..") {
         return true;
     }
-    const fs::path target = resolved(dir + "/" + name.string());
+    const fs::path target = resolved(dir + "/" + name);
     return !target.empty() && !liesIn(target, resolved(dir + "/"));
 }
 
@@ -60,7 +61,8 @@ bool isFile(const fs::directory_entry& entry)
 bool HHDFHwDefBomReader::populateDriverSource(const std::string& name)
 {
     const std::string unzipDir = def_->getUnzipDir();
-    if (leaves(name, unzipDir)) {
+    // Without an unzip directory there is nothing to leave: the caller stands for the names.
+    if (!unzipDir.empty() && leaves(name, unzipDir)) {
         refuse(*def_, name, unzipDir);
         return false;
     }

@@ -92,6 +92,15 @@ void writeHierarchy(HXMLWriterBase& xml, const HHDFHwDef& def)
     xml.wrEmptyTag(element::HIERARCHY);
 }
 
+void writeFileAttrs(HXMLWriterBase& xml, const std::map<std::string, std::string>& attrs)
+{
+    for (const auto& [name, text] : attrs) {
+        xml.addAttr(attribute::ATTRNAME, name);
+        xml.addAttr(attribute::ATTRVAL, text);
+        xml.wrEmptyTag(element::FILEATTR);
+    }
+}
+
 void writeFile(HXMLWriterBase& xml, const HHDFHwDefFile& file, const std::string& containerName)
 {
     xml.addAttr(attribute::TYPE, HHDFHwDefFileTypes::getHWHFileTypeStr(file.getFileType()));
@@ -102,10 +111,9 @@ void writeFile(HXMLWriterBase& xml, const HHDFHwDefFile& file, const std::string
         xml.addAttr(attribute::BD_TYPE, HHDFHwDefFileTypes::getHWHBDTypeStr(file.getBDFileType()));
     }
     xml.wrStartTag(element::FILE);
-    for (const auto& [name, text] : file.getFileAttrs()) {
-        xml.addAttr(attribute::ATTRNAME, name);
-        xml.addAttr(attribute::ATTRVAL, text);
-        xml.wrEmptyTag(element::FILEATTR);
+    // Asking for the attributes of an entry without any would make room for them.
+    if (file.hasFileAttrs()) {
+        writeFileAttrs(xml, file.getFileAttrs());
     }
     xml.wrEndTag(element::FILE);
 }

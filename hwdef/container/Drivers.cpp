@@ -28,7 +28,8 @@ public:
     {
     }
 
-    /// A file that the container doesn't hold, and a target that can't be written, are passed over.
+    /// A file that the container doesn't hold is passed over; what can't be read or written draws a
+    /// message.
     void extract(const std::string& relativeName) const
     {
         const std::string member = driverMemberName(relativeName);
@@ -45,7 +46,7 @@ public:
         const std::string target = dir_ + HUTFile::getDirSeparator() + member;
         HUTFile::ensureWritableDirectory(boost::filesystem::path(target).parent_path().string());
         try {
-            extractMember(archive_, *entry, target);
+            extractMember(archive_, *entry, target, platform::ReplacementFile::Links::REPLACED);
         } catch (const HEXAll& error) {
             ComMsgMgr::sendMessage(error.what(), false);
         }
@@ -158,7 +159,7 @@ bool HHDFHwDef::isVELDExist() const
     }
     const auto& files = implementation_->bom.slots();
     return std::any_of(files.begin(), files.end(), [](const HHDFHwDefFile* file) {
-        if (file == nullptr) {
+        if (file == nullptr || !file->hasFileAttrs()) {
             return false;
         }
         const auto type = file->getFileAttrs().find("ip_type");

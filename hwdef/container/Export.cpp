@@ -7,10 +7,11 @@
 #include "hwdef/container/MemberSource.h"
 #include "hwdef/container/SafePath.h"
 #include "hwdef/model/HHDFHwDefImp.h"
+#include "platform/ArchiveDigest.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HEXAll.h"
 #include "platform/HSTStringUtils.h"
-#include "platform/HUTCoreContainer.h"
+#include "platform/iostreams/EndRecord.h"
 
 using iostreams::zip::ArchiveReader;
 using iostreams::zip::ArchiveWriter;
@@ -18,12 +19,27 @@ using iostreams::zip::Entry;
 
 namespace {
 
-/// Carries the members of the archive that is there over, except those that were written anew.
-void keepOtherMembers(const ArchiveReader& present, ArchiveWriter& archive)
+/// Whether the member is a BOM document under the name that this export does not use. Opening would
+/// read it in place of the new one, or beside it.
+bool isOtherBom(const HHDFHwDefImp& def, std::string_view name)
 {
+    return name != def.bomName && (name == "hwdef.xml" || name == "sysdef.xml");
+}
+
+/// Carries comment and members of the archive that is there over, except what was written anew.
+void keepOtherMembers(const HHDFHwDefImp& def, const ArchiveReader& present, ArchiveWriter& archive)
+{
+    archive.setComment(
+        platform::ArchiveDigest::withoutDigest(iostreams::zip::findEndRecord(present.file()).comment));
     for (const Entry& entry : present.entries()) {
-        const bool isListedAgain = present.find(entry.name) != &entry;
+        const bool isListedAgain = present.find(entry.name)->record.data() != entry.record.data();
         if (isListedAgain || archive.contains(entry.name)) {
+            continue;
+        }
+        if (isOtherBom(def, entry.name)) {
+            ComMsgMgr::sendMessage(present.path() + ": member \"" + std::string(entry.name) +
+                                       "\" is left out: \"" + def.bomName + "\" takes its place as the BOM",
+                                   false);
             continue;
         }
         std::string reason;
@@ -41,7 +57,7 @@ void exportToArchive(const HHDFHwDefImp& def, const std::string& bomPath, const 
         ArchiveWriter archive(path);
         addAllMembers(def, bomPath, path, archive);
         if (present != nullptr) {
-            keepOtherMembers(*present, archive);
+            keepOtherMembers(def, *present, archive);
         }
         archive.commit(false);
     } catch (const HEXAll& error) {
@@ -70,17 +86,20 @@ public:
             reason = parent + " is no directory that can be written to";
             return false;
         }
-        if (source.archive == nullptr) {
-            return HUTCoreContainer::cp(source.file, target, true, &reason);
-        }
-        return extract(source, target, reason);
+        return copy(source, target, reason);
     }
 
 private:
-    static bool extract(const MemberSource& source, const std::string& target, std::string& reason)
+    /// A link at the target's place is replaced, so that two members never share what it points to.
+    static bool copy(const MemberSource& source, const std::string& target, std::string& reason)
     {
         try {
-            extractMember(*source.archive, *source.entry, target);
+            if (source.archive == nullptr) {
+                copyFile(source.file, target);
+            } else {
+                extractMember(*source.archive, *source.entry, target,
+                              platform::ReplacementFile::Links::REPLACED);
+            }
             return true;
         } catch (const HEXAll& error) {
             reason = error.what();

@@ -1,8 +1,9 @@
 #include "hwdef/container/Extraction.h"
 
+#include <fcntl.h>
+
 #include <vector>
 
-#include "platform/ReplacementFile.h"
 #include "platform/iostreams/MemberReader.h"
 
 namespace {
@@ -22,9 +23,17 @@ void streamMember(const iostreams::zip::ArchiveReader& archive, const iostreams:
 }
 
 void extractMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry,
-                   const std::string& target)
+                   const std::string& target, platform::ReplacementFile::Links links)
 {
-    platform::ReplacementFile file(target);
+    platform::ReplacementFile file(target, links);
     streamMember(archive, entry, file.file());
+    file.commit();
+}
+
+void copyFile(const std::string& source, const std::string& target)
+{
+    const platform::File from = platform::File::openRegular(source, O_RDONLY);
+    platform::ReplacementFile file(target, platform::ReplacementFile::Links::REPLACED, from.mode() & 0777);
+    from.copyTo(file.file(), from.size(), 0, 0);
     file.commit();
 }

@@ -24,8 +24,9 @@ public:
     {
         const std::string name = member.name();
         const std::string place = output_.place(name);
-        if (place == bomPlace_) {
-            say(name, "from " + member.origin() + " is left out: the name is that of the BOM document");
+        // Opening prefers "hwdef.xml" whatever the other BOM document says.
+        if (place == bomPlace_ || place == output_.place("hwdef.xml")) {
+            say(name, "from " + member.origin() + " is left out: the name is that of a BOM document");
             return;
         }
         const auto earlier = taken_.find(place);

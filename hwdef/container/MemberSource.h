@@ -34,7 +34,7 @@ public:
 /// that names a container is taken from it as a member. Any other is taken from disk.
 ///
 /// A member that can't be had or put is left out; of two entries for one member the later one wins,
-/// and none replaces the BOM. Each of these draws one text by ComMsgMgr::sendMessage that names
+/// and none replaces the BOM or takes the name "hwdef.xml", which opening reads as the BOM. Each of these draws one text by ComMsgMgr::sendMessage that names
 /// `outputPath`, member, sources and reason; entries that repeat the same source draw none.
 void putMembers(const HHDFHwDefImp& def, const std::string& outputPath, MemberOutput& output);
 

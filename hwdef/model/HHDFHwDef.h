@@ -245,7 +245,8 @@ public:
     ///
     /// False after one of the messages "@64-6@", "@64-5@%s", "@64-4@%s", "@64-11@%s", "@64-23@%s",
     /// "@64-25@", after a runtime exception's text, or silently when the BOM doesn't parse. Standard
-    /// conversion errors of the BOM's version numbers pass through. What was read until then stays.
+    /// conversion errors of the BOM's version numbers and of NUM_OF_SLRS (boost::bad_lexical_cast) pass
+    /// through. What was read until then stays.
     bool init(bool checkIntegrity, std::string driverPath);
     /// The container's canonical path; `path` is left alone without implementation.
     void getContainerFullPath(std::string& path) const;

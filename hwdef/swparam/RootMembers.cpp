@@ -3,7 +3,10 @@
 #include <rapidjson/error/error.h>
 #include <rapidjson/istreamwrapper.h>
 #include <rapidjson/reader.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
+#include <cstdint>
 #include <istream>
 #include <utility>
 
@@ -24,7 +27,11 @@ public:
         }
         return true;
     }
-    /// Numbers come here as well, as they stand in the document.
+    bool Int(int value) { return addNumber(&NumberWriter::Int, value); }
+    bool Uint(unsigned value) { return addNumber(&NumberWriter::Uint, value); }
+    bool Int64(std::int64_t value) { return addNumber(&NumberWriter::Int64, value); }
+    bool Uint64(std::uint64_t value) { return addNumber(&NumberWriter::Uint64, value); }
+    bool Double(double value) { return addNumber(&NumberWriter::Double, value); }
     bool String(const char* text, rapidjson::SizeType length, bool) { return add({text, length}); }
     bool Bool(bool value) { return add(value ? "true" : "false"); }
     bool Null() { return add(""); }
@@ -40,6 +47,16 @@ public:
     TextPairs take() { return std::move(members_); }
 
 private:
+    using NumberWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+    template <typename Number>
+    bool addNumber(bool (NumberWriter::*write)(Number), Number value)
+    {
+        rapidjson::StringBuffer text;
+        NumberWriter writer(text);
+        (writer.*write)(value);
+        return add(text.GetString());
+    }
     bool add(std::string value)
     {
         if (depth_ == 1 && rootIsObject_) {
@@ -114,8 +131,7 @@ private:
 
 RootMembers readRootMembers(std::istream& in, std::size_t maxBytes)
 {
-    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
-                               rapidjson::kParseNumbersAsStringsFlag;
+    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
     LimitedBytes bytes(in, maxBytes);
     rapidjson::BasicIStreamWrapper<LimitedBytes> text(bytes);
     Collector collector;

@@ -8,8 +8,8 @@
 
 /// The members of a JSON document's root object as texts, or why there are none.
 struct RootMembers {
-    /// Name and value in document order, repeated ones included. Numbers and booleans as they stand
-    /// in the document; the empty text for null, arrays and objects. Empty for any other root.
+    /// Name and value in document order, repeated ones included. Values that aren't strings
+    /// as HCRapidJsonReadWriteUtils::GetStringProperty gives them. Empty for any other root.
     std::vector<std::pair<std::string, std::string>> members;
     /// Why the stream could not be read, a clause; empty when it was.
     std::string readError;

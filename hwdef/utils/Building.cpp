@@ -48,8 +48,9 @@ public:
     std::string pathOf(const std::string& name) const { return path_ + HUTFile::getDirSeparator() + name; }
 
     /// Copies a file out of its core container and returns the copy's path. A second file of one name
-    /// gets a directory of its own. When the copy fails, nothing is there for the write to find.
-    std::string stage(const std::string& file)
+    /// gets a directory of its own. When the copy fails, `reason` says why, and nothing is there for
+    /// the write to find.
+    std::string stage(const std::string& file, std::string& reason)
     {
         const std::string name(HUTFile(file).name());
         std::string copy = pathOf(name);
@@ -58,7 +59,7 @@ public:
             HUTFile::mkDirRecursive(copy);
             copy += HUTFile::getDirSeparator() + name;
         }
-        HUTCoreContainer::cp(file, copy, true);
+        HUTCoreContainer::cp(file, copy, true, &reason);
         return copy;
     }
 
@@ -76,7 +77,7 @@ bool mayWrite(const std::string& path, bool overwrite)
     if (path.empty()) {
         return fail("@64-10@");
     }
-    if (!overwrite && HUTFile(path).exists()) {
+    if (!overwrite && (HUTFile(path).exists() || HUTCoreContainer::contains(path))) {
         return fail("@64-14@%s");
     }
     const boost::filesystem::path parent = boost::filesystem::path(path).parent_path();
@@ -87,13 +88,26 @@ bool mayWrite(const std::string& path, bool overwrite)
     return true;
 }
 
-void addFiles(HHDFHwDef& def, const TypedFiles& files,
+void say(const std::string& container, const std::string& file, const std::string& reason)
+{
+    ComMsgMgr::sendMessage(container + ": member \"" + std::string(HUTFile(file).name()) +
+                               "\" can't be added from \"" + file + "\": " + reason,
+                           false);
+}
+
+void addFiles(HHDFHwDef& def, const std::string& container, const TypedFiles& files,
               const std::map<std::string, HHDFHwDefUtils::Attributes>& fileAttributes, StagingDir& staging)
 {
     for (const auto& [file, type] : files) {
+        std::string reason;
         const std::string path =
-            HUTCoreContainer::hasParentCoreContainer(file, false) ? staging.stage(file) : file;
-        def.addFileToBom(path, type, std::string());
+            HUTCoreContainer::hasParentCoreContainer(file, false) ? staging.stage(file, reason) : file;
+        if (!def.addFileToBom(path, type, std::string())) {
+            reason = "a file must have a path";
+        }
+        if (!reason.empty()) {
+            say(container, file, reason);
+        }
         const auto attributes = fileAttributes.find(path);
         if (attributes != fileAttributes.end() && !attributes->second.empty()) {
             HHDFHwDefUtils::Attributes copy = attributes->second;
@@ -124,7 +138,7 @@ bool build(const std::string& path, const TypedFiles& files,
         staging.keep();
         return false;
     }
-    addFiles(*def, files, fileAttributes, staging);
+    addFiles(*def, path, files, fileAttributes, staging);
     for (const auto& [name, value] : wdiAttributes) {
         def->addWDIAttr(name, value);
     }

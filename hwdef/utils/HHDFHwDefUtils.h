@@ -24,7 +24,7 @@ public:
     /// empty path.
     static std::unique_ptr<HHDFHwDef> createHDF(const std::string& path);
     /// A definition filled from an existing container; empty after HHDFHwDef::init's message when it
-    /// can't be opened.
+    /// can't be opened. What HHDFHwDef::init lets through passes through here too.
     static std::unique_ptr<HHDFHwDef> getHDF(const std::string& path, bool checkIntegrity = false,
                                              std::string driverPath = {});
     /// Several definitions folded into a new one for the container at `path`: properties from the
@@ -70,9 +70,10 @@ public:
     /// Whether the list holds a record whose three texts are those of `record`. Walks the list.
     static bool isAlreadyPresent(const std::vector<HHDFHwDefDriver>& list, const HHDFHwDefDriver& record);
 
-    /// Reads the software parameters of the container's first file of the type `typeToken`. Both
-    /// outputs are emptied first. False when there is no such container, type or file; true with
-    /// empty outputs when the file can't be parsed.
+    /// Reads the software parameters of the container's first file of the type `typeToken`, which must
+    /// stand at the archive's top. Both outputs are emptied first. False when there is no such
+    /// container, type or file; true with empty outputs when the archive lacks the file or it can't
+    /// be parsed. Messages of getHDF and SWParamReader may come; their exceptions pass through.
     static bool getSWParamInfo(const std::string& typeToken, const std::string& container,
                                std::string& refName, Attributes& attributes);
 };

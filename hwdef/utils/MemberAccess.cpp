@@ -2,6 +2,7 @@
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
+#include <cerrno>
 #include <limits>
 
 #include "hwdef/container/Extraction.h"
@@ -52,6 +53,25 @@ bool isSpecialFile(const std::string& path)
     return boost::filesystem::exists(status) && boost::filesystem::is_other(status);
 }
 
+/// Whether a file can't be replaced for the sake of its directory, while it may be written to itself.
+bool forbidsReplacing(const platform::FileError& error)
+{
+    return error.error() == EACCES || error.error() == EPERM || error.error() == EROFS ||
+           error.error() == EBUSY;
+}
+
+void replaceOrOverwrite(const Member& member, const std::string& destination)
+{
+    try {
+        extractMember(*member.archive, *member.entry, destination);
+    } catch (const platform::FileError& error) {
+        if (!forbidsReplacing(error) || !HUTFile(destination).exists()) {
+            throw;
+        }
+        streamMember(*member.archive, *member.entry, platform::File::open(destination, O_WRONLY | O_TRUNC));
+    }
+}
+
 /// Copies the member to the file; its directory is made. That the file can't be written isn't told.
 void copyOut(const Member& member, const std::string& destination)
 {
@@ -60,7 +80,7 @@ void copyOut(const Member& member, const std::string& destination)
         if (isSpecialFile(destination)) {
             streamMember(*member.archive, *member.entry, platform::File::open(destination, O_WRONLY));
         } else {
-            extractMember(*member.archive, *member.entry, destination);
+            replaceOrOverwrite(member, destination);
         }
     } catch (const platform::FileError&) {
         // The result says only whether the member could be read.

@@ -1,8 +1,11 @@
 #include "platform/iostreams/ArchiveWriter.h"
 
+#include <functional>
+#include <limits>
 #include <map>
+#include <memory_resource>
+#include <string>
 #include <unordered_map>
-#include <utility>
 
 #include "platform/ArchiveDigest.h"
 #include "platform/ReplacementFile.h"
@@ -24,6 +27,11 @@ struct Added {
     std::size_t recordSize = 0;
 };
 
+struct NameHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+};
+
 }  // namespace
 
 /// The new archive as far as it is written. The two kinds of source are made when they are first
@@ -34,14 +42,15 @@ public:
 
     MemberWriter& files();
     MemberCopier& members();
+    bool contains(std::string_view name) const { return added_.find(name) != added_.end(); }
     bool add(NewMember& member, std::string& reason);
     void commit(bool attachDigest);
 
     std::string path_;
-    std::unordered_map<std::string, Added> added_;
+    std::string comment_;
 
 private:
-    Added place(Entry& entry);
+    void makeWay(const Added& old, Entry& entry);
     void writeDirectory(EndRecord& end);
     void writeDigest();
 
@@ -49,6 +58,8 @@ private:
     BufferedOutput out_;
     std::string directory_;                       ///< the records, dropped ones included
     std::map<std::size_t, std::size_t> dropped_;  ///< position and size of records in `directory_`
+    std::pmr::monotonic_buffer_resource memory_;  ///< of `added_`, which never shrinks
+    std::pmr::unordered_map<std::pmr::string, Added, NameHash, std::equal_to<>> added_{&memory_};
     std::unique_ptr<MemberWriter> files_;
     std::unique_ptr<MemberCopier> members_;
 };
@@ -74,11 +85,14 @@ bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
     const std::uint64_t begin = out_.position();
     try {
         Entry entry = member.write(out_);
-        Added added = place(entry);
-        added.record = directory_.size();
+        const auto [slot, isNew] = added_.try_emplace(std::pmr::string(entry.name, &memory_));
+        Added& added = slot->second;
+        if (!isNew) {
+            makeWay(added, entry);
+        }
+        added = {entry.headerOffset, out_.position(), directory_.size(), 0};
         appendDirectoryRecord(directory_, entry, entry.headerOffset);
         added.recordSize = directory_.size() - added.record;
-        added_.insert_or_assign(std::string(entry.name), added);
         return true;
     } catch (const SourceError& error) {
         out_.rewind(begin);
@@ -87,19 +101,14 @@ bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
     }
 }
 
-/// Where the member that was just written lies, once a member of its name has made way.
-Added ArchiveWriter::Impl::place(Entry& entry)
+/// Drops the member that the one just written replaces, and its bytes as well when it was the last.
+void ArchiveWriter::Impl::makeWay(const Added& old, Entry& entry)
 {
-    const auto same = added_.find(std::string(entry.name));
-    if (same != added_.end()) {
-        const Added old = same->second;
-        dropped_.emplace(old.record, old.recordSize);
-        if (old.end == entry.headerOffset) {
-            out_.removeStretch(old.begin, old.end);
-            entry.headerOffset = old.begin;
-        }
+    dropped_.emplace(old.record, old.recordSize);
+    if (old.end == entry.headerOffset) {
+        out_.removeStretch(old.begin, old.end);
+        entry.headerOffset = old.begin;
     }
-    return {entry.headerOffset, out_.position(), 0, 0};
 }
 
 void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
@@ -128,8 +137,13 @@ void ArchiveWriter::Impl::writeDigest()
 void ArchiveWriter::Impl::commit(bool attachDigest)
 {
     EndRecord end;
+    end.comment = comment_;
     if (attachDigest) {
-        end.comment = platform::ArchiveDigest::MARK + std::string(platform::ArchiveDigest::DIGITS, '0');
+        end.comment += platform::ArchiveDigest::MARK + std::string(platform::ArchiveDigest::DIGITS, '0');
+    }
+    if (end.comment.size() > std::numeric_limits<std::uint16_t>::max()) {
+        throw archiveError(path_,
+                           "a comment of " + std::to_string(end.comment.size()) + " bytes is too long");
     }
     writeDirectory(end);
     out_.flush();
@@ -149,9 +163,14 @@ try : impl_(std::make_unique<Impl>(path)) {
 
 ArchiveWriter::~ArchiveWriter() = default;
 
+void ArchiveWriter::setComment(std::string_view comment)
+{
+    impl_->comment_ = comment;
+}
+
 bool ArchiveWriter::contains(std::string_view name) const
 {
-    return impl_->added_.count(std::string(name)) != 0;
+    return impl_->contains(name);
 }
 
 bool ArchiveWriter::addFile(const std::string& source, const std::string& name, std::string& reason)

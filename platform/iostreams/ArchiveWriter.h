@@ -28,13 +28,18 @@ public:
     /// True when a member of that name was added.
     bool contains(std::string_view name) const;
 
-    /// Adds a file from disk. A member of that name added before is replaced.
+    /// Adds a file from disk, which must be a regular one. A member of that name added before is
+    /// replaced. A name must have 1 to 65,535 bytes.
     bool addFile(const std::string& source, const std::string& name, std::string& reason);
     /// Adds a member of another archive as it is compressed there; its CRC-32 is kept, its content is
     /// not unpacked. Its local header is held against the directory as for reading. The archive may
     /// be the one that this writer is about to replace.
     bool addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
                    std::string& reason);
+
+    /// Gives the new archive a comment, in front of a digest that is attached; both together may have
+    /// 65,535 bytes, else commit() fails.
+    void setComment(std::string_view comment);
 
     /// Writes the directory and puts the archive in place; with `attachDigest` the archive digest
     /// (see HUTZip) is part of it. Throws zip_exception; the old archive is then as it was.

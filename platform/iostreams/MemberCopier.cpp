@@ -55,7 +55,7 @@ Entry MemberCopier::write(BufferedOutput& out)
     appendLocalHeader(header_, entry_);
     out.write(header_);
     if (entry_.compressedSize > smallBytes) {
-        out.copyFrom(archive_->file(), entry_.compressedSize, dataOffset_);
+        copyInKernel(out);
         return entry_;
     }
     std::string_view data;
@@ -69,6 +69,19 @@ Entry MemberCopier::write(BufferedOutput& out)
     }
     out.write(data);
     return entry_;
+}
+
+/// Copies large data; what the source refuses is told apart from what the output refuses.
+void MemberCopier::copyInKernel(BufferedOutput& out) const
+{
+    try {
+        out.copyFrom(archive_->file(), entry_.compressedSize, dataOffset_);
+    } catch (const platform::FileError& error) {
+        if (error.path() == archive_->path()) {
+            throw SourceError(error.what());
+        }
+        throw;
+    }
 }
 
 /// Where the entry's data begins, once its local header has been checked.

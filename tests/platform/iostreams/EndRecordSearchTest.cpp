@@ -120,6 +120,13 @@ TEST(EndRecordSearch, passesArchivesBehindOtherBytes)
     ZipBuilder zip = good();
     zip.prefix = little(0x04034b50, 4) + "prefix";
     EXPECT_EQ(search(zip.build() + "debris").end, 0U);
+    // Where the directory would be without the other bytes, something stands that looks like one.
+    const std::size_t directory = zip.build().find(little(0x02014b50, 4)) - zip.prefix.size();
+    ZipBuilder fake;
+    fake.prefix = zip.prefix;
+    fake.addStored("m", std::string(directory - 31 - zip.prefix.size(), 'x') + little(0x02014b50, 4) +
+                            std::string(zip.prefix.size() - 4, 'x'));
+    EXPECT_EQ(search(fake.build() + "debris").end, 0U);
 }
 
 TEST(EndRecordSearch, passesArchivesThatLackALocalHeader)

@@ -283,6 +283,19 @@ TEST(MemberReader, staysDamaged)
     }
 }
 
+TEST(MemberReader, losesNoBytesWhenItIsReadAgainAfterAFailure)
+{
+    const OnDisk file(stored(support::randomBytes(400000, 1)));
+    MemberReader reader(file.archive(), file.first());
+    std::string buffer(300000, '\0');
+    {
+        FailingSystemCalls calls;
+        calls.fail(FailingSystemCalls::READ, 1, EIO);
+        EXPECT_THROW(reader.read(buffer.data(), buffer.size()), zip_exception);
+    }
+    EXPECT_THROW(reader.read(buffer.data(), buffer.size()), zip_exception);
+}
+
 TEST(MemberReader, refusesOtherMethods)
 {
     ZipBuilder zip = stored("hello");
