@@ -19,7 +19,7 @@ public:
     /// How compress treats the archive path; the values may be added up.
     enum ZIP_OPTIONS : std::uint32_t {
         ZIP_REPLACE = 0x02,     ///< an archive already there is replaced
-        ZIP_NAME_ONLY = 0x20,   ///< the member is named by the file's last component
+        ZIP_NAME_ONLY = 0x20,   ///< the member is named by the file's last component, else by the path
         ZIP_DEFAULT = 0x22,
     };
 
@@ -32,7 +32,8 @@ public:
     };
 
     /// Makes a fresh archive at `archive` with the one member `file`, replacing any old one when the
-    /// new one is whole. Throws iostreams::device::detail::zip_exception; the old archive then stays.
+    /// new one is whole. Throws iostreams::device::detail::zip_exception, also for an old archive that
+    /// must not be replaced; it then stays.
     static void compress(const HUTFile& archive, const std::string& file, std::uint32_t options);
 
     /// Records the digest of the archive's present bytes in its comment, in place of an earlier

@@ -55,7 +55,8 @@ private:
 /// A Boost.Iostreams sink that becomes one member of an archive when it is closed.
 ///
 /// The archive is created when it doesn't exist; a member of the same name is replaced. The archive
-/// changes at close() and not before; a sink whose last copy goes away unclosed changes nothing.
+/// changes at close() and not before; a sink whose last copy goes away unclosed changes nothing. Until
+/// then the content is kept in memory, or, beyond 256 KiB, in a file without a name beside the archive.
 class HWDEF_API file_sink {
 public:
     using char_type = char;
@@ -65,11 +66,14 @@ public:
     file_sink(const std::string& member, const std::string& archive,
               std::ios_base::openmode mode = std::ios_base::out);
 
-    /// True when the member is ready for writing.
+    /// True when the member is ready for writing: its name can be an archive's (1 to 65,535 bytes), it
+    /// isn't closed and no write has failed.
     bool is_open() const;
     /// Takes all `count` bytes; throws zip_exception when they can't be kept.
     std::streamsize write(const char* buffer, std::streamsize count);
-    /// Commits the member. Throws zip_exception; the archive is then as it was before.
+    /// Commits the member. Throws zip_exception; the archive is then as it was before. While an
+    /// exception takes its stream away, and when a write has failed, it drops the member instead:
+    /// what was written is not all.
     void close();
 
 private:
