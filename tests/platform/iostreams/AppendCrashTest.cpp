@@ -427,7 +427,7 @@ TEST_F(AppendCrash, showsTheOldStateWhenTheRestoreFailsAsWell)
 {
     startFrom(smallArchive());
     support::writeFile(source_, support::randomBytes(1000000, 6));
-    for (const unsigned times : {2, 3, 100}) {
+    for (const unsigned times : {2U, 3U, 100U}) {
         failEverywhere(times, EIO);
     }
 }
