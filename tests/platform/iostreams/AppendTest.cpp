@@ -108,13 +108,10 @@ TEST_F(Append, leavesNoBytesOfAFirstTryBehindInACopy)
     builder.prefix = "#!/bin/sh\n";
     builder.addStored("a", "content of a");
     builder.write(path_);
-    EXPECT_TRUE(
-        append("b", support::randomBytes(600000, 1) + std::string(600000, 'x') + std::string(9, 'y')));
-    const platform::File file = platform::File::open(path_, O_RDONLY);
-    EXPECT_EQ(iostreams::zip::findEndRecord(file).end, file.size());
-    EXPECT_TRUE(append("c", std::string(300000, 'x') + support::randomBytes(1000, 1)));
-    const platform::File later = platform::File::open(path_, O_RDONLY);
-    EXPECT_EQ(iostreams::zip::findEndRecord(later).end, later.size());
+    // The first chunks are stored, until they promise enough for the whole.
+    EXPECT_TRUE(append("b", std::string(20000000, 'x')));
+    EXPECT_LT(support::readFile(path_).size(), 256000U);
+    EXPECT_EQ(ArchiveReader(path_).find("b")->method, iostreams::zip::METHOD_DEFLATED);
 }
 
 TEST_F(Append, keepsTheOtherBytesAsTheyAre)
