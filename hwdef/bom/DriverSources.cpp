@@ -5,6 +5,7 @@
 #include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
+#include <filesystem>
 
 #include "hwdef/bom/HHDFHwDefBomReader.h"
 #include "platform/ComMsgMgr.h"
@@ -32,7 +33,8 @@ fs::path resolved(const fs::path& path)
 /// its way.
 bool leaves(const std::string& name, const std::string& dir)
 {
-    const fs::path normal = fs::path("./" + name).lexically_normal();
+    // The standard library's normal form: Boost's keeps a ".." behind a leading ".".
+    const std::filesystem::path normal = std::filesystem::path("./" + name).lexically_normal();
     if (!normal.empty() && *normal.begin() == "..") {
         return true;
     }

@@ -261,6 +261,7 @@ TEST(Opening, takesTheUnzipDirectoryFromTheLastDotOfTheWholePath)
 TEST(Opening, rootsTheUnzipDirectoryOfARelativePathInTheWorkingDirectory)
 {
     const TempDir dir;
+    fs::create_directories(dir / "sub");
     writeArchive(dir / "sub/design.hdf", {{"hwdef.xml", bomOfFiles("0", {})}});
     writeArchive(dir / "plain", {{"hwdef.xml", bomOfFiles("0", {})}});
     const WorkingDirectory working(dir.path());

@@ -326,7 +326,7 @@ TEST(Packaging, leavesOutAFileThatHasTheBomsName)
     EXPECT_EQ(namesIn(dir / "design.hdf"), "hwdef.xml");
     EXPECT_TRUE(contains(memberOf(dir / "design.hdf", "hwdef.xml"), "<Project "));
     EXPECT_EQ(only(messages), (dir / "design.hdf") + ": member \"hwdef.xml\" from " + (dir / "hwdef.xml") +
-                                  " is left out: the name is that of the BOM document");
+                                  " is left out: the name is that of a BOM document");
 }
 
 // --- Failures of the whole.

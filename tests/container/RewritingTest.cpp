@@ -18,6 +18,7 @@ void writeContainer(const std::string& path)
 {
     const TempDir sources;
     HHDFHwDef def(path);
+    def.setModeType(HHDFHwDefFileTypes::PRE_SYNTHESIS);  // read back, an unset mode is another one
     const Members files = {{"empty.bit", ""},
                            {"small.bit", "small"},
                            {"text.bit", support::textBytes(300000, 1)},

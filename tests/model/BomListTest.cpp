@@ -199,10 +199,10 @@ TEST(BomList, findsAnEntryWithoutAFileByTheEmptyName)
 TEST(BomList, holdsANullEntryThatNoLookupFinds)
 {
     BomList list;
-    list.add(nullptr);
     HHDFHwDefFile* entry = add(list, "/x/top.bit");
     list.add(nullptr);
-    EXPECT_EQ(list.slots(), (std::vector<HHDFHwDefFile*>{nullptr, entry, nullptr}));
+    HHDFHwDefFile* other = add(list, "/x/other.bit");
+    EXPECT_EQ(list.slots(), (std::vector<HHDFHwDefFile*>{entry, nullptr, other}));
     EXPECT_EQ(list.firstNamed("top.bit"), entry);
     EXPECT_EQ(list.firstNamed(""), nullptr);
     EXPECT_EQ(list.firstWithoutSrcDb(""), nullptr);

@@ -128,9 +128,11 @@ TEST(HHDFHwDef, handsARemovedEntryBackToItsCaller)
 TEST(HHDFHwDef, removesNoNullEntry)
 {
     HHDFHwDef def("design.hdf");
+    def.addFileToBom("/in/a");
     def.implementation()->bom.add(nullptr);
+    def.addFileToBom("/in/b");
     EXPECT_FALSE(def.removeFileFromBom(nullptr));
-    EXPECT_EQ(def.implementation()->bom.slots().size(), 1U);
+    EXPECT_EQ(def.implementation()->bom.slots().size(), 3U);
 }
 
 TEST(HHDFHwDef, findsAnEntryByTheLastComponentOfAName)

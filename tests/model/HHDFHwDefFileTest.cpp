@@ -191,11 +191,11 @@ TEST(HHDFHwDefFile, sharesNothingWithItsCopy)
 
 TEST(HHDFHwDefFile, equalsAnEntryWhoseTextsDifferInCaseOnly)
 {
-    HHDFHwDefFile other("/WORK/Design/TOP.hwh");
+    HHDFHwDefFile other("/DATA/Design/TOP.hwh");
     other.setFileType(Types::HW_HANDOFF);
     other.setBDFileType(Types::SCOPED_BD);
     other.setHierPath("Top/CPU");
-    other.setHwDefFilePath("/Work/Design.HDF");
+    other.setHwDefFilePath("/Data/Design.HDF");
     other.setHwSrcDB("DESIGN.dcp");
     EXPECT_TRUE(fullEntry() == other);
     EXPECT_TRUE(other == fullEntry());
