@@ -38,17 +38,10 @@ platform::File openRegular(const std::string& path)
     return platform::File::openRegular(path, O_RDONLY);
 }
 
-FileTail loadedTail(const platform::File& file, EndRecord& end)
-{
-    FileTail tail(file);
-    end = findEndRecord(tail);
-    return tail;
-}
-
 Directory readDirectory(const platform::File& file)
 {
-    EndRecord end;
-    const FileTail tail = loadedTail(file, end);
+    FileTail tail(file);
+    const EndRecord end = findEndRecord(tail);
     return Directory(tail, end);
 }
 

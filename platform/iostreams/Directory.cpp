@@ -78,13 +78,7 @@ Directory::Directory(const FileTail& tail, const EndRecord& end)
     bool ordered = true;
     for (std::uint64_t count = 0; count < entryCount_; ++count) {
         const Entry entry = parseDirectoryRecord(loader.recordAt(offset), prefixSize_, archive_);
-        if (entry.compressedSize > position_ || entry.headerOffset > position_ ||
-            leastLength(entry) > position_ - entry.headerOffset) {
-            throw memberError(archive_, entry.name,
-                              std::to_string(entry.compressedSize) + " bytes at " +
-                                  std::to_string(entry.headerOffset) + " don't fit before the directory at " +
-                                  std::to_string(position_));
-        }
+        checkPlace(entry);
         ordered = ordered && entry.headerOffset >= lastEnd;
         lastEnd = entry.headerOffset + leastLength(entry);
         offset += entry.record.size();
@@ -96,6 +90,17 @@ Directory::Directory(const FileTail& tail, const EndRecord& end)
     }
     if (!ordered) {
         checkOverlaps();
+    }
+}
+
+void Directory::checkPlace(const Entry& entry) const
+{
+    if (entry.compressedSize > position_ || entry.headerOffset > position_ ||
+        leastLength(entry) > position_ - entry.headerOffset) {
+        throw memberError(archive_, entry.name,
+                          std::to_string(entry.compressedSize) + " bytes at " +
+                              std::to_string(entry.headerOffset) + " don't fit before the directory at " +
+                              std::to_string(position_));
     }
 }
 

@@ -41,6 +41,7 @@ public:
 
 private:
     class Loader;
+    void checkPlace(const Entry& entry) const;
     void checkOverlaps();
 
     const std::string archive_;
