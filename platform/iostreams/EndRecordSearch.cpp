@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <optional>
+#include <vector>
 
 #include "platform/iostreams/Directory.h"
 #include "platform/iostreams/EntryHeaders.h"
@@ -40,48 +41,44 @@ public:
 
     std::optional<std::uint64_t> next()
     {
-        while (!window_.empty() || begin_ > 0) {
-            // The signature's last byte is rare in most data, unlike its first.
-            const void* last =
-                window_.empty() ? nullptr : memrchr(window_.data(), signature_.back(), window_.size());
-            if (last == nullptr) {
-                readFurtherInFront();
-                continue;
+        while (found_.empty()) {
+            if (begin_ == 0) {
+                return std::nullopt;
             }
-            window_ = window_.substr(
-                0, static_cast<std::size_t>(static_cast<const char*>(last) - window_.data()) + 1);
-            if (window_.size() < signatureBytes && begin_ > 0) {
-                readFurtherInFront();
-                continue;
-            }
-            const bool found = window_.ends_with(signature_);
-            window_.remove_suffix(found ? signatureBytes : 1);
-            if (found) {
-                return begin_ + window_.size();
-            }
+            readFurtherInFront();
         }
-        return std::nullopt;
+        const std::uint64_t position = found_.back();
+        found_.pop_back();
+        return position;
     }
 
 private:
-    /// Puts a new window in front; the few first bytes of the old one, which may be the rest of a
-    /// signature, stay at its end.
+    /// Searches the bytes in front of the buffer, together with the few at its start that may be the
+    /// rest of a signature.
     void readFurtherInFront()
     {
-        const std::string rest(window_.substr(0, signatureBytes - 1));
-        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(bufferBytes, begin_));
-        begin_ -= size;
-        buffer_.resize(size);
-        tail_.read(buffer_.data(), size, begin_);
+        const std::string rest = buffer_.substr(0, signatureBytes - 1);
+        buffer_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(bufferBytes, begin_)));
+        begin_ -= buffer_.size();
+        tail_.read(buffer_.data(), buffer_.size(), begin_);
         buffer_ += rest;
-        window_ = size > 0 ? std::string_view(buffer_) : std::string_view();
+        // memmem is quick whatever the bytes, unlike a search for the signature's first one.
+        const char* end = buffer_.data() + buffer_.size();
+        for (const char* at = buffer_.data(); at < end; at += signatureBytes) {
+            at = static_cast<const char*>(
+                memmem(at, static_cast<std::size_t>(end - at), signature_.data(), signatureBytes));
+            if (at == nullptr) {
+                break;
+            }
+            found_.push_back(begin_ + static_cast<std::uint64_t>(at - buffer_.data()));
+        }
     }
 
     const FileTail& tail_;
     std::string signature_;
     std::string buffer_;
-    std::string_view window_;  // the part of the buffer that wasn't searched
-    std::uint64_t begin_;      // of the buffer in the file
+    std::uint64_t begin_;               // of the buffer in the file
+    std::vector<std::uint64_t> found_;  // in the buffer, and not yet told
 };
 
 /// Checks candidates, with a limit to the work that they may cause.
