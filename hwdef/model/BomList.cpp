@@ -51,10 +51,10 @@ class BomList::Impl {
 public:
     HHDFHwDefFile* at(std::uint32_t slot) const { return slot == exact.NONE ? nullptr : slots[slot]; }
 
-    /// Takes the null slots out once they are half of all, which pays for the walk.
+    /// Takes the null slots out once they are half of all, which pays for the walk. A few don't matter.
     void compact()
     {
-        if (nullCount == 0 || nullCount * 2 < slots.size()) {
+        if (nullCount < 16 || nullCount * 2 < slots.size()) {
             return;
         }
         std::erase(slots, nullptr);
