@@ -148,6 +148,17 @@ TEST(DriverMap, takesAnotherMapsContent)
     EXPECT_EQ(map.files().at("uart").size(), 3U);
 }
 
+TEST(DriverMap, forgetsTheListsOfTheMapThatWasReplaced)
+{
+    DriverMap map;
+    map.replace("uart", numberedFiles(100));
+    map.add("uart", numbered(100));
+    map.replaceAll({{"uart", numberedFiles(50)}});
+    map.add("uart", numbered(70));
+    map.add("uart", numbered(70));
+    EXPECT_EQ(map.files().at("uart").size(), 51U);
+}
+
 TEST(DriverMap, takesItsOwnContent)
 {
     DriverMap map;
