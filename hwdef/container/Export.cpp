@@ -71,7 +71,13 @@ public:
 
     std::string place(const std::string& name) const override
     {
-        return boost::filesystem::path(name).lexically_normal().string();
+        boost::filesystem::path place;
+        for (const boost::filesystem::path& component : boost::filesystem::path(name)) {
+            if (component != boost::filesystem::path(".")) {
+                place /= component;
+            }
+        }
+        return place.string();
     }
 
     bool put(const std::string& name, const MemberSource& source, std::string& reason) override

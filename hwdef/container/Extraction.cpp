@@ -22,6 +22,14 @@ void streamMember(const iostreams::zip::ArchiveReader& archive, const iostreams:
     }
 }
 
+void checkMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry)
+{
+    iostreams::zip::MemberReader content(archive, entry);
+    std::vector<char> buffer(bufferBytes);
+    while (content.read(buffer.data(), buffer.size()) > 0) {
+    }
+}
+
 void extractMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry,
                    const std::string& target, platform::ReplacementFile::Links links)
 {

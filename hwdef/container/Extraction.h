@@ -13,11 +13,14 @@ void extractMember(const iostreams::zip::ArchiveReader& archive, const iostreams
                    const std::string& target,
                    platform::ReplacementFile::Links links = platform::ReplacementFile::Links::FOLLOWED);
 
-/// Copies the regular file `source` with its permissions to `target`, whose directory must exist; it
-/// appears whole or not at all, and takes the place of a link. Throws platform::FileError.
-void copyFile(const std::string& source, const std::string& target);
-
 /// The same into a file that is open already and may be no regular one. A failure leaves there what
 /// was written before.
 void streamMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry,
                   const platform::File& target);
+
+/// Reads a member to its end, which is where its damage shows, and keeps nothing of it.
+void checkMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry);
+
+/// Copies the regular file `source` with its permissions to `target`, whose directory must exist; it
+/// appears whole or not at all, and takes the place of a link. Throws platform::FileError.
+void copyFile(const std::string& source, const std::string& target);

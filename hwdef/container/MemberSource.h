@@ -34,8 +34,9 @@ public:
 /// that names a container is taken from it as a member. Any other is taken from disk.
 ///
 /// A member that can't be had or put is left out; of two entries for one member the later one wins,
-/// and none replaces the BOM or takes the name "hwdef.xml", which opening reads as the BOM. Each of these draws one text by ComMsgMgr::sendMessage that names
-/// `outputPath`, member, sources and reason; entries that repeat the same source draw none.
+/// and none replaces the BOM or takes the name "hwdef.xml", which opening reads as the BOM. Each of
+/// these draws one text by ComMsgMgr::sendMessage that names `outputPath`, member, sources and reason;
+/// entries that repeat the same source draw none.
 void putMembers(const HHDFHwDefImp& def, const std::string& outputPath, MemberOutput& output);
 
 /// Writes the BOM document into the definition's scratch directory and returns its path; empty, after

@@ -68,6 +68,7 @@ void replaceOrOverwrite(const Member& member, const std::string& destination)
         if (!forbidsReplacing(error) || !HUTFile(destination).exists()) {
             throw;
         }
+        checkMember(*member.archive, *member.entry);  // before the old content is gone
         streamMember(*member.archive, *member.entry, platform::File::open(destination, O_WRONLY | O_TRUNC));
     }
 }

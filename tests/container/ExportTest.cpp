@@ -214,3 +214,109 @@ TEST(Export, leavesProcessorFilesOutOfQvaArchivesWhenTheParameterSaysSo)
     def->getBomFiles(names);
     EXPECT_EQ(names, std::vector<std::string>{"c"});
 }
+
+TEST(Export, takesTheLaterOfTwoFilesOfOneNameAndSaysSo)
+{
+    const TempDir dir;
+    support::writeFile(dir / "one/a.bit", "one");
+    support::writeFile(dir / "two/a.bit", "two");
+    fs::create_directories(dir / "out");
+    const auto def = HHDFHwDefUtils::createHDF(dir / "design.hdf");
+    def->addFileToBom(dir / "one/a.bit", Types::BIT);
+    def->addFileToBom(dir / "two/a.bit", Types::BIT);
+    const Messages messages;
+    EXPECT_TRUE(def->write(dir / "out"));
+    EXPECT_EQ(support::readFile(dir / "out/a.bit"), "two");
+    EXPECT_EQ(messages.joined(), "text: " + (dir / "out") + ": member \"a.bit\" from " + (dir / "two/a.bit") +
+                                     " takes the place of the one from " + (dir / "one/a.bit") + "\n");
+}
+
+TEST(Export, doesNotLetAMemberTakeTheBomsPlaceUnderAnotherSpelling)
+{
+    const TempDir dir;
+    support::writeFile(dir / "in/x.mdd", "no BOM");
+    fs::create_directories(dir / "out");
+    const auto def = HHDFHwDefUtils::createHDF(dir / "design.hdf");
+    def->addDrivers("d", {HHDFHwDefDriver(dir / "in/x.mdd", "./hwdef.xml", ""),
+                          HHDFHwDefDriver(dir / "in/x.mdd", "x.mdd", "")});
+    const Messages messages;
+    EXPECT_TRUE(def->write(dir / "out"));
+    EXPECT_NE(support::readFile(dir / "out/hwdef.xml"), "no BOM");
+    EXPECT_EQ(messages.all().size(), 1u) << messages.joined();
+}
+
+TEST(Export, doesNotWriteTheBomThroughALinkThatLeaves)
+{
+    const TempDir dir;
+    support::writeFile(dir / "secret", "kept");
+    fs::create_directories(dir / "out");
+    fs::create_symlink("../secret", dir / "out/hwdef.xml");
+    const Messages messages;
+    EXPECT_TRUE(HHDFHwDefUtils::createHDF(dir / "design.hdf")->write(dir / "out"));
+    EXPECT_EQ(support::readFile(dir / "secret"), "kept");
+    EXPECT_EQ(messages.all().size(), 1u) << messages.joined();
+}
+
+TEST(Export, leavesAFileAloneThatIsItsOwnSource)
+{
+    const TempDir dir;
+    const auto def = definitionIn(dir);
+    const Messages messages;
+    EXPECT_TRUE(def->write(dir / "in"));
+    EXPECT_EQ(support::readFile(dir / "in/top.bit"), "bits");
+    EXPECT_EQ(messages.joined(), "");
+}
+
+TEST(Export, keepsTheOldFileWhenAMemberIsDamaged)
+{
+    const TempDir dir;
+    ASSERT_TRUE(definitionIn(dir)->write(true));
+    support::patchFile(dir / "design.hdf", "bits", "bots");
+    support::writeFile(dir / "out/top.bit", "old");
+    const Messages messages;
+    EXPECT_TRUE(HHDFHwDefUtils::getHDF(dir / "design.hdf")->write(dir / "out"));
+    EXPECT_EQ(support::readFile(dir / "out/top.bit"), "old");
+    ASSERT_EQ(messages.all().size(), 1u) << messages.joined();
+    EXPECT_NE(messages.all()[0].text.find("member \"top.bit\" can't be added"), std::string::npos);
+}
+
+TEST(Export, takesFilesInsideCoreContainers)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "core.zip", {{"sub/a.bit", "in core"}});
+    fs::create_directories(dir / "out");
+    const auto def = HHDFHwDefUtils::createHDF(dir / "design.hdf");
+    def->addFileToBom(dir / "core.zip/sub/a.bit", Types::BIT);
+    EXPECT_TRUE(def->write(dir / "out"));
+    EXPECT_TRUE(def->write(dir / "out.dsa"));
+    EXPECT_EQ(support::readFile(dir / "out/a.bit"), "in core");
+    EXPECT_EQ(support::memberOf(dir / "out.dsa", "a.bit"), "in core");
+}
+
+TEST(Export, addsNothingToAnArchiveWithAMemberThatCantBeKept)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "out.dsa", {{"first", "1"}, {"other", "2"}});
+    // The local header, which comes first in the file, now names another member.
+    support::patchFile(dir / "out.dsa", "other", "OTHER");
+    const std::string before = support::readFile(dir / "out.dsa");
+    const Messages messages;
+    EXPECT_TRUE(definitionIn(dir)->write(dir / "out.dsa"));
+    EXPECT_EQ(support::readFile(dir / "out.dsa"), before);
+    ASSERT_EQ(messages.all().size(), 1u) << messages.joined();
+    EXPECT_NE(messages.all()[0].text.find("member \"other\" can't be kept"), std::string::npos)
+        << messages.joined();
+}
+
+TEST(Export, isFalseWhenTheBomCantBeWritten)
+{
+    const TempDir dir;
+    fs::create_directories(dir / "out");
+    const auto def = definitionIn(dir);
+    def->setBoard("no XML: \x01");
+    const Messages messages;
+    EXPECT_FALSE(def->write(dir / "out"));
+    EXPECT_FALSE(def->write(dir / "out.dsa"));
+    EXPECT_TRUE(fs::is_empty(dir / "out"));
+    EXPECT_FALSE(support::exists(dir / "out.dsa"));
+}

@@ -1,6 +1,9 @@
 // One member of a container at a time: to memory, to disk, into a container, across containers.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <boost/filesystem.hpp>
 
@@ -8,6 +11,7 @@
 #include "support/Container.h"
 #include "support/Messages.h"
 #include "support/TempDir.h"
+#include "support/WithoutPrivileges.h"
 
 using support::Messages;
 using support::TempDir;
@@ -17,7 +21,10 @@ namespace {
 
 class MemberAccess : public testing::Test {
 protected:
-    MemberAccess() { support::writeArchive(container, {{"a.bit", "bits"}, {"empty", ""}, {"dir/b", "below"}}); }
+    MemberAccess()
+    {
+        support::writeArchive(container, {{"a.bit", "bits"}, {"empty", ""}, {"dir/b", "below"}});
+    }
 
     /// Makes the content of "a.bit" another one than its CRC-32 says.
     void damage() { support::patchFile(container, "bits", "bots"); }
@@ -164,4 +171,75 @@ TEST_F(MemberAccess, copiesAMemberAcrossContainers)
     EXPECT_TRUE(Utils::writeFileFromHDFToHDF("a.bit", container, "copy", container));
     EXPECT_EQ(support::readArchive(dir / "other.hdf"), (support::Members{{"copy", "bits"}}));
     EXPECT_EQ(support::memberOf(container, "copy"), "bits");
+}
+
+TEST_F(MemberAccess, writesIntoADestinationThatIsNoRegularFile)
+{
+    ASSERT_EQ(::mkfifo((dir / "fifo").c_str(), 0600), 0);
+    const int reader = ::open((dir / "fifo").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_TRUE(Utils::writeFileFromHDF(dir / "fifo", "a.bit", container));
+    char buffer[8] = {};
+    EXPECT_EQ(::read(reader, buffer, sizeof buffer), 4);
+    EXPECT_EQ(std::string(buffer), "bits");
+    ::close(reader);
+    EXPECT_TRUE(boost::filesystem::is_other(dir / "fifo"));
+}
+
+TEST_F(MemberAccess, writesAFileInADirectoryThatTakesNoNewOnes)
+{
+    boost::filesystem::create_directory(dir / "ro");
+    support::writeFile(dir / "ro/a.out", "longer than before");
+    ASSERT_EQ(::chmod((dir / "ro/a.out").c_str(), 0666), 0);
+    {
+        const support::WithoutPrivileges without(dir / "ro");
+        EXPECT_TRUE(Utils::writeFileFromHDF(dir / "ro/a.out", "a.bit", container));
+        EXPECT_TRUE(Utils::writeFileFromHDF(dir / "ro/new", "a.bit", container));
+    }
+    EXPECT_EQ(support::readFile(dir / "ro/a.out"), "bits");
+    EXPECT_FALSE(support::exists(dir / "ro/new"));
+    EXPECT_EQ(messages.joined(), "");
+}
+
+TEST_F(MemberAccess, leavesAFileThatItCouldOnlyOverwriteWhenTheMemberIsDamaged)
+{
+    damage();
+    boost::filesystem::create_directory(dir / "ro");
+    support::writeFile(dir / "ro/a.out", "old");
+    ASSERT_EQ(::chmod((dir / "ro/a.out").c_str(), 0666), 0);
+    {
+        const support::WithoutPrivileges without(dir / "ro");
+        EXPECT_FALSE(Utils::writeFileFromHDF(dir / "ro/a.out", "a.bit", container));
+    }
+    EXPECT_EQ(support::readFile(dir / "ro/a.out"), "old");
+    EXPECT_EQ(messages.all().size(), 1u);
+}
+
+TEST_F(MemberAccess, keepsALinkAndReplacesWhatItPointsTo)
+{
+    support::writeFile(dir / "real", "old");
+    boost::filesystem::create_symlink("real", dir / "link");
+    EXPECT_TRUE(Utils::writeFileFromHDF(dir / "link", "a.bit", container));
+    EXPECT_EQ(support::readFile(dir / "real"), "bits");
+    EXPECT_TRUE(boost::filesystem::is_symlink(dir / "link"));
+}
+
+TEST_F(MemberAccess, leavesTheDestinationContainerAloneWhenTheSourceIsNoArchive)
+{
+    support::writeFile(dir / "text", "not an archive");
+    EXPECT_FALSE(Utils::writeFileFromHDFToHDF("a.bit", dir / "text", "copy", container));
+    EXPECT_FALSE(Utils::writeFileFromHDFToDir("a.bit", dir / "text", "o", dir.path()));
+    EXPECT_EQ(messages.all().size(), 2u);
+    EXPECT_EQ(support::namesIn(container), "a.bit empty dir/b");
+    EXPECT_FALSE(support::exists(dir / "o"));
+}
+
+TEST_F(MemberAccess, saysWhyAMemberCantBeCopiedAcross)
+{
+    // The local header, which comes first in the file, now names another member.
+    support::patchFile(container, "a.bit", "x.bit");
+    EXPECT_FALSE(Utils::writeFileFromHDFToHDF("a.bit", container, "copy", dir / "other.hdf"));
+    ASSERT_EQ(messages.all().size(), 1u);
+    EXPECT_NE(messages.all()[0].text.find("a.bit"), std::string::npos) << messages.joined();
+    EXPECT_FALSE(support::exists(dir / "other.hdf"));
 }
