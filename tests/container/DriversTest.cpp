@@ -25,7 +25,8 @@ std::unique_ptr<HHDFHwDef> containerOf(const std::string& path, const std::vecto
         elements += "<File PATH=\"" + name + "\"/>";
     }
     elements += "</DRIVER></DRIVERS>";
-    members.insert(members.begin(), {"hwdef.xml", "<Project Version=\"1\" Minor=\"7\">" + elements + "</Project>"});
+    members.insert(members.begin(),
+                   {"hwdef.xml", "<Project Version=\"1\" Minor=\"7\">" + elements + "</Project>"});
     support::writeArchive(path, members);
     return HHDFHwDefUtils::getHDF(path);
 }
@@ -87,8 +88,9 @@ TEST(Drivers, keepBothRecordsOfABoardFileAddedTwice)
 TEST(Drivers, areExtractedBelowTheDirectoryDrivers)
 {
     const TempDir dir;
-    const auto def = containerOf(dir / "d.hdf", {"src/x.c", "drivers/src/y.c", "mydrivers_x/a.c", "none.c"},
-                                 {{"drivers/src/x.c", "x"}, {"drivers/src/y.c", "y"}, {"mydrivers_x/a.c", "a"}});
+    const auto def =
+        containerOf(dir / "d.hdf", {"src/x.c", "drivers/src/y.c", "mydrivers_x/a.c", "none.c"},
+                    {{"drivers/src/x.c", "x"}, {"drivers/src/y.c", "y"}, {"mydrivers_x/a.c", "a"}});
     const Messages messages;
     EXPECT_TRUE(def->unzipDrivers(dir / "out"));
     EXPECT_EQ(support::readFile(dir / "out/drivers/src/x.c"), "x");
@@ -104,8 +106,8 @@ TEST(Drivers, areNeverExtractedOutsideTheDirectory)
     fs::create_directories(dir / "outside");
     fs::create_directories(dir / "out/drivers");
     fs::create_directory_symlink(dir / "outside", dir / "out/drivers/link");
-    const std::vector<std::string> names = {"../drivers.c", "drivers/../../up.c", absolute, "drivers/link/l.c",
-                                            "drivers/good.c"};
+    const std::vector<std::string> names = {"../drivers.c", "drivers/../../up.c", absolute,
+                                            "drivers/link/l.c", "drivers/good.c"};
     support::Members members;
     for (const std::string& name : names) {
         members.emplace_back(name, "x");
@@ -132,4 +134,50 @@ TEST(Drivers, makeAVeldOnlyByTheExactAttribute)
     HHDFHwDef::Texts exact = {{"ip_type", "VELD"}};
     def.addFileAttrs("a", exact);
     EXPECT_TRUE(def.isVELDExist());
+}
+
+TEST(Drivers, areExtractedWithoutAMessageFromAContainerThatIsNotThere)
+{
+    const TempDir dir;
+    HHDFHwDef def(dir / "missing.hdf");
+    def.addDriverFileToBom("n", "/dir", "a.c", "");
+    const Messages messages;
+    EXPECT_TRUE(def.unzipDrivers(dir / "out"));
+    EXPECT_EQ(messages.joined(), "");
+    EXPECT_EQ(dir.list(), "");
+}
+
+TEST(Drivers, areExtractedPastADamagedOne)
+{
+    const TempDir dir;
+    const auto def = containerOf(dir / "d.hdf", {"drivers/a.c", "drivers/b.c"},
+                                 {{"drivers/a.c", "first"}, {"drivers/b.c", "second"}});
+    support::patchFile(dir / "d.hdf", "first", "FIRST");
+    const Messages messages;
+    EXPECT_TRUE(def->unzipDrivers(dir / "out"));
+    EXPECT_FALSE(support::exists(dir / "out/drivers/a.c"));
+    EXPECT_EQ(support::readFile(dir / "out/drivers/b.c"), "second");
+    ASSERT_EQ(messages.all().size(), 1u) << messages.joined();
+    EXPECT_NE(messages.all()[0].text.find("drivers/a.c"), std::string::npos);
+}
+
+TEST(Drivers, areTakenFromTheOwnContainerWhateverTheirRecordsName)
+{
+    const TempDir dir;
+    const auto def = containerOf(dir / "d.hdf", {"drivers/a.c"}, {{"drivers/a.c", "own"}});
+    support::writeArchive(dir / "other.hdf", {{"drivers/a.c", "other"}});
+    def->addDrivers("ip", {HHDFHwDefDriver("/nowhere", "drivers/a.c", dir / "other.hdf")});
+    EXPECT_TRUE(def->unzipDrivers(dir / "out"));
+    EXPECT_EQ(support::readFile(dir / "out/drivers/a.c"), "own");
+}
+
+TEST(Drivers, areReplacedByAListAsAWhole)
+{
+    HHDFHwDef def("d.hdf");
+    def.addDriverFileToBom("n", "/dir", "a.c", "");
+    const HHDFHwDefDriver record("/dir/b.c", "b.c", "");
+    EXPECT_TRUE(def.addDrivers("n", {record, record}));
+    EXPECT_EQ(def.getDriverFilesMap().at("n").size(), 2u);
+    EXPECT_TRUE(def.addDriverFileToBom("n", "/dir", "b.c", ""));
+    EXPECT_EQ(def.getDriverFilesMap().at("n").size(), 2u);
 }

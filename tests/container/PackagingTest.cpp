@@ -8,6 +8,7 @@
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
 #include "support/Container.h"
+#include "support/FailingSystemCalls.h"
 #include "support/Messages.h"
 #include "support/TempDir.h"
 
@@ -394,4 +395,31 @@ TEST(Packaging, warnsOfADriverWithoutADescription)
               "hdf @64-24@%s 10000000 [d]\n");
     EXPECT_EQ(namesIn(dir / "design.hdf"), "hwdef.xml x.MDD x.c y.mdd");
     EXPECT_TRUE(def.implementation()->runDRC());
+}
+
+TEST(Packaging, keepsTheOldContainerWhicheverSystemCallFails)
+{
+    const TempDir dir;
+    writeArchive(dir / "design.hdf", {{"old.bit", "old"}});
+    writeArchive(dir / "other.hdf", {{"b.bit", "b"}});
+    writeFile(dir / "a.bit", "a");
+    const std::string old = support::readFile(dir / "design.hdf");
+    const Messages messages;
+    HHDFHwDef def(dir / "design.hdf");
+    def.addFileToBom(dir / "a.bit", bit);
+    def.addFileToBom(dir / "b.bit", bit, dir / "other.hdf");
+    for (unsigned nth = 1;; ++nth) {
+        support::FailingSystemCalls calls;
+        calls.fail(support::FailingSystemCalls::CHANGES, nth, ENOSPC);
+        const bool written = def.write(true);
+        ASSERT_LT(nth, 100u);
+        if (written) {
+            EXPECT_GT(nth, 2u);
+            break;
+        }
+        EXPECT_TRUE(support::readFile(dir / "design.hdf") == old) << nth;
+        EXPECT_EQ(dir.list(), "a.bit design.hdf other.hdf") << nth;
+        EXPECT_EQ(messages.all().size(), nth) << messages.joined();
+    }
+    EXPECT_EQ(namesIn(dir / "design.hdf"), "hwdef.xml a.bit b.bit");
 }

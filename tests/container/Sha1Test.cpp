@@ -86,6 +86,17 @@ TEST(Sha1, writesWordsWithoutLeadingZeros)
               "723174199");
 }
 
+TEST(Sha1, writesAWordThatIsZeroAsOneZero)
+{
+    // 31816903 89c88135 c592f87f 00000000 06969823
+    EXPECT_EQ(digestOf("511658987"),
+              "830564611"
+              "2311618869"
+              "3314743423"
+              "0"
+              "110532643");
+}
+
 TEST(Sha1, startsAnewAfterFinishAndReset)
 {
     Sha1 sha1;

@@ -24,9 +24,9 @@ namespace fs = boost::filesystem;
 std::size_t stagingDirs()
 {
     const fs::path staging = fs::path(HUTEnv::getHDITmpDir()) / "HWH";
-    return fs::exists(staging)
-               ? static_cast<std::size_t>(std::distance(fs::directory_iterator(staging), fs::directory_iterator()))
-               : 0;
+    return fs::exists(staging) ? static_cast<std::size_t>(
+                                     std::distance(fs::directory_iterator(staging), fs::directory_iterator()))
+                               : 0;
 }
 
 }  // namespace
@@ -37,8 +37,9 @@ TEST(Building, packsFilesInOrderWithTheirTypesAndAttributes)
     support::writeFile(dir / "b.bit", "bits");
     support::writeFile(dir / "a.hwh", "handoff");
     const Messages messages;
-    EXPECT_TRUE(Utils::writeHDF(dir / "d.hdf", {{dir / "b.bit", Types::BIT}, {dir / "a.hwh", Types::HW_HANDOFF}},
-                                false, {{dir / "b.bit", {{"k", "v"}}}, {dir / "a.hwh", {}}}, {{"wdi", "1"}}));
+    EXPECT_TRUE(Utils::writeHDF(dir / "d.hdf",
+                                {{dir / "b.bit", Types::BIT}, {dir / "a.hwh", Types::HW_HANDOFF}}, false,
+                                {{dir / "b.bit", {{"k", "v"}}}, {dir / "a.hwh", {}}}, {{"wdi", "1"}}));
     EXPECT_EQ(support::namesIn(dir / "d.hdf"), "hwdef.xml b.bit a.hwh");
     const auto def = Utils::getHDF(dir / "d.hdf");
     ASSERT_NE(def, nullptr);
@@ -104,7 +105,8 @@ TEST(Building, saysThatAFileHasNoPathOrIsMissing)
 {
     const TempDir dir;
     const Messages messages;
-    EXPECT_TRUE(Utils::writeHDF(dir / "d.hdf", {{"", Types::ELF}, {dir / "none", Types::BIT}}, false, {}, {}));
+    EXPECT_TRUE(
+        Utils::writeHDF(dir / "d.hdf", {{"", Types::ELF}, {dir / "none", Types::BIT}}, false, {}, {}));
     ASSERT_EQ(messages.all().size(), 2u);
     EXPECT_NE(messages.all()[0].text.find("a file must have a path"), std::string::npos);
     EXPECT_NE(messages.all()[1].text.find("member \"none\" can't be added"), std::string::npos);
@@ -145,4 +147,72 @@ TEST(Building, givesTheSameBytesForTheSameInput)
     ASSERT_TRUE(Utils::writeHDF(dir / "1/d.hdf", {{dir / "a.bit", Types::BIT}}, false, {}, {}));
     ASSERT_TRUE(Utils::writeHDF(dir / "2/d.hdf", {{dir / "a.bit", Types::BIT}}, false, {}, {}));
     EXPECT_EQ(support::readFile(dir / "1/d.hdf"), support::readFile(dir / "2/d.hdf"));
+}
+
+TEST(Building, keepsFilesOfOneNameInTwoCoreContainersApart)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "one.zip", {{"a.bit", "one"}});
+    support::writeArchive(dir / "two.zip", {{"a.bit", "two"}});
+    const Messages messages;
+    EXPECT_TRUE(Utils::writeHDF(dir / "d.hdf",
+                                {{dir / "one.zip/a.bit", Types::BIT}, {dir / "two.zip/a.bit", Types::ELF}},
+                                false, {}, {}));
+    EXPECT_EQ(support::memberOf(dir / "d.hdf", "a.bit"), "two");
+    ASSERT_EQ(messages.all().size(), 1u) << messages.joined();
+    EXPECT_NE(messages.all()[0].text.find("member \"a.bit\" from "), std::string::npos) << messages.joined();
+}
+
+TEST(Building, takesAFileThatHasTheNameOfTheContainerOutOfACoreContainer)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "in.zip", {{"d.hdf", "inner"}});
+    support::writeArchive(dir / "core.zip", {{"kept", "1"}});
+    EXPECT_TRUE(
+        Utils::writeHDF(dir / "core.zip/d.hdf", {{dir / "in.zip/d.hdf", Types::PLATFORM}}, false, {}, {}));
+    support::writeFile(dir / "d.hdf", support::memberOf(dir / "core.zip", "d.hdf"));
+    EXPECT_EQ(support::memberOf(dir / "d.hdf", "d.hdf"), "inner");
+}
+
+TEST(Building, leavesTheStagingDirectoryWhenThereIsNoDefinition)
+{
+    const TempDir dir;
+    const fs::path earlier = fs::current_path();
+    fs::create_directories(dir / "gone");
+    fs::current_path(dir / "gone");
+    fs::remove(dir / "gone");
+    const Messages messages;
+    // A relative path has no canonical form where the working directory is gone.
+    EXPECT_FALSE(Utils::writeHDF("d.hdf", {}, false, {}, {}));
+    fs::current_path(earlier);
+
+    EXPECT_EQ(messages.joined(), "");
+    EXPECT_EQ(stagingDirs(), 1u);
+    fs::remove_all(fs::path(HUTEnv::getHDITmpDir()) / "HWH");
+}
+
+TEST(Building, removesTheStagingDirectoryAfterAFailedWrite)
+{
+    const TempDir dir;
+    const Messages messages;
+    EXPECT_FALSE(Utils::writeHDF(dir / "d.hdf", {}, false, {}, {{"no XML", "\x01"}}));
+    EXPECT_EQ(stagingDirs(), 0u);
+    EXPECT_EQ(dir.list(), "");
+}
+
+TEST(Building, saysThatTheCoreContainerCantTakeTheResult)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "core.zip", {{"kept", "1"}});
+    const Messages messages;
+    {
+        const support::WithoutPrivileges without(dir.path());
+        EXPECT_TRUE(Utils::writeHDF(dir / "core.zip/d.hdf", {}, false, {}, {}));
+    }
+    EXPECT_EQ(support::namesIn(dir / "core.zip"), "kept");
+    ASSERT_EQ(messages.all().size(), 1u) << messages.joined();
+    EXPECT_EQ(messages.all()[0].text.find((dir / "core.zip/d.hdf") +
+                                          ": the finished container can't be put there: "),
+              0u)
+        << messages.joined();
 }

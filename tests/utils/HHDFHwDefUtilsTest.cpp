@@ -50,7 +50,8 @@ TEST(HHDFHwDefUtils, saysThatAContainerIsMissing)
 TEST(HHDFHwDefUtils, opensAContainerWithoutCheckingUnlessAsked)
 {
     const TempDir dir;
-    const std::string bom = "<Project Version=\"1\" Minor=\"2\" DIGEST=\"wrong\"><File Type=\"BIT\" Name=\"a\"/></Project>";
+    const std::string bom =
+        "<Project Version=\"1\" Minor=\"2\" DIGEST=\"wrong\"><File Type=\"BIT\" Name=\"a\"/></Project>";
     support::writeArchive(dir / "d.hdf", {{"hwdef.xml", bom}, {"a", "x"}});
     EXPECT_NE(HHDFHwDefUtils::getHDF(dir / "d.hdf"), nullptr);
     const Messages messages;

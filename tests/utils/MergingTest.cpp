@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "support/Messages.h"
 
@@ -113,10 +115,10 @@ TEST(Merging, takesAllFilesOfTheFirstAndNewOnesOfTheOthers)
     const auto b = definition("b");
     for (int i = 0; i < 2; ++i) {
         a->addFileToBom("/in/twice.bit", Types::BIT);
-        b->addFileToBom("/IN/Twice.bit", Types::BIT);   // the same but for case
-        b->addFileToBom("/in/new.bit", Types::BIT);     // twice in b, once in the result
+        b->addFileToBom("/IN/Twice.bit", Types::BIT);  // the same but for case
+        b->addFileToBom("/in/new.bit", Types::BIT);    // twice in b, once in the result
     }
-    b->addFileToBom("/in/twice.bit", Types::ELF);       // of another type
+    b->addFileToBom("/in/twice.bit", Types::ELF);  // of another type
     EXPECT_EQ(namesOf(*Utils::getMrgdHDF({a.get(), b.get()}, "/out/m.hdf")),
               (std::vector<std::string>{"twice.bit", "twice.bit", "new.bit", "twice.bit"}));
 }
@@ -154,4 +156,57 @@ TEST(Merging, leavesItsInputsAsTheyWere)
     Utils::getMrgdHDF({a.get(), b.get()}, "/out/m.hdf");
     EXPECT_EQ(a->getHierTopModuleName(), "top a");
     EXPECT_EQ(namesOf(*b), std::vector<std::string>{"b.bit"});
+}
+
+// Equality by key against the pairwise test that it stands for.
+TEST(Merging, findsExactlyTheEntriesEqualThatThePairwiseTestFindsEqual)
+{
+    const std::vector<std::string> texts = {"x", "X", "x:1", "1:x", ""};
+    const auto first = Utils::createHDF("/in/first.hdf");
+    const auto second = Utils::createHDF("/in/second.hdf");
+    for (const char* file : {"/in/a.bit", "/in/A.bit", "/in/./a.bit", "/in/b.bit"}) {
+        for (const std::string& hierarchy : texts) {
+            for (const std::string& container : texts) {
+                for (const Types::HWHFileType type : {Types::BIT, Types::ELF}) {
+                    second->addFileToBom(file, type, hierarchy, Types::DEFAULT_BD, container);
+                }
+            }
+        }
+    }
+    std::vector<HHDFHwDefFile*> files;
+    second->getBomFiles(files);
+    files.at(3)->setHwSrcDB("db");
+    std::vector<const HHDFHwDefFile*> expected;
+    for (const HHDFHwDefFile* file : files) {
+        const bool isNew = std::none_of(expected.begin(), expected.end(),
+                                        [&](const HHDFHwDefFile* other) { return *other == *file; });
+        if (isNew) {
+            expected.push_back(file);
+        }
+    }
+    const auto merged = Utils::getMrgdHDF({first.get(), second.get()}, "/out/m.hdf");
+    std::vector<HHDFHwDefFile*> mergedFiles;
+    merged->getBomFiles(mergedFiles);
+    ASSERT_EQ(mergedFiles.size(), expected.size());
+    ASSERT_LT(expected.size(), files.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(mergedFiles[i]->getFile(), expected[i]->getFile());
+        EXPECT_EQ(mergedFiles[i]->getHierPath(), expected[i]->getHierPath());
+    }
+}
+
+TEST(Merging, countsOnlyTheFirstInTheSequenceAsFirst)
+{
+    const auto a = definition("a");
+    a->addFileToBom("/in/a.bit", Types::BIT);
+    EXPECT_EQ(namesOf(*Utils::getMrgdHDF({a.get(), a.get()}, "/out/m.hdf")),
+              std::vector<std::string>{"a.bit"});
+}
+
+TEST(Merging, namesTheBomDocumentByTheMode)
+{
+    const auto a = definition("a");
+    const auto b = definition("b");
+    a->setModeType(Types::POST_SYNTHESIS);
+    EXPECT_EQ(Utils::getMrgdHDF({a.get(), b.get()}, "/out/m.hdf")->getModeName(), "Post-Synthesis");
 }
