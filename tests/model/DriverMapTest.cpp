@@ -154,8 +154,8 @@ TEST(DriverMap, forgetsTheListsOfTheMapThatWasReplaced)
     map.replace("uart", numberedFiles(100));
     map.add("uart", numbered(100));
     map.replaceAll({{"uart", numberedFiles(50)}});
-    map.add("uart", numbered(70));
-    map.add("uart", numbered(70));
+    map.add("uart", numbered(50));
+    map.add("uart", numbered(50));
     EXPECT_EQ(map.files().at("uart").size(), 51U);
 }
 
