@@ -12,7 +12,7 @@ public:
     /// A partition with the one module `rmName`, which is its default when `isDefault` is set.
     HHDFHwDefPartitionInfo(std::string& rmName, std::string& file, bool isDefault);
 
-    /// Adds a module, or a file to a module already there.
+    /// Adds a module, or a file to a module already there. Linear in the files of that module.
     ///
     /// A module's only file that is the empty text is replaced by the new one; a file already listed
     /// is not repeated. With `isDefault` the module becomes the default (the last one wins); without,

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+using platform::findBadReference;
 using platform::findXmlTextDefect;
 using platform::isXmlName;
 
@@ -66,5 +67,23 @@ TEST(XmlText, tellsNamesFromOtherTexts)
     }
     for (const char* text : {"", "1a", "-a", ".a", "a b", "a=", "a>", "a/", "a\n", "\xFF"}) {
         EXPECT_FALSE(isXmlName(text)) << text;
+    }
+}
+
+TEST(XmlText, findsReferencesToWhatIsNoCharacterOfXml)
+{
+    for (const char* reference : {"&#0;", "&#x0;", "&#x1;", "&#xD800;", "&#xFFFE;", "&#x110000;",
+                                  "&#xFFFFFFFF1;", "&#31;"}) {
+        const auto defect = findBadReference("<a b='" + std::string(reference) + "'/>");
+        ASSERT_TRUE(defect.has_value()) << reference;
+        EXPECT_EQ(defect->offset, 6u);
+    }
+}
+
+TEST(XmlText, findsNoBadReferenceWhereThereIsNone)
+{
+    for (const char* document : {"<a b='&#9;&#10;&#xD;&#x1F600;&amp;'/>", "<!-- &#0; --><a/>", "<?p &#0; ?><a/>",
+                                 "<a><![CDATA[&#0;]]></a>", "<a b='&#;&#x;&#zz;&# 0;&#1'/>"}) {
+        EXPECT_FALSE(findBadReference(document).has_value()) << document;
     }
 }
