@@ -320,3 +320,17 @@ TEST(Export, isFalseWhenTheBomCantBeWritten)
     EXPECT_TRUE(fs::is_empty(dir / "out"));
     EXPECT_FALSE(support::exists(dir / "out.dsa"));
 }
+
+TEST(Export, tellsTwoMembersOfOneContainerApartThatShareAPlace)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "other.hdf", {{"x.mdd", "plain"}, {"./x.mdd", "dotted"}});
+    fs::create_directories(dir / "out");
+    const auto def = HHDFHwDefUtils::createHDF(dir / "design.hdf");
+    def->addDrivers("d", {HHDFHwDefDriver("/in/x.mdd", "x.mdd", dir / "other.hdf"),
+                          HHDFHwDefDriver("/in/x.mdd", "./x.mdd", dir / "other.hdf")});
+    const Messages messages;
+    EXPECT_TRUE(def->write(dir / "out"));
+    EXPECT_EQ(support::readFile(dir / "out/x.mdd"), "dotted");
+    EXPECT_EQ(messages.all().size(), 1u) << messages.joined();
+}

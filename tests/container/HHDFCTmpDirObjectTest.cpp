@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <boost/filesystem.hpp>
+#include <cstdlib>
 
 #include "platform/HUTEnv.h"
 #include "support/Messages.h"
@@ -51,6 +52,19 @@ TEST(HHDFCTmpDirObject, takesTheLongestNameAFileCanHave)
     const HHDFCTmpDirObject directory(name);
 
     EXPECT_TRUE(fs::is_directory(directory.getDir())) << directory.getDir();
+}
+
+TEST(HHDFCTmpDirObject, holdsNoDirectoryWithoutAScratchRoot)
+{
+    // The child process has no scratch root yet.
+    const auto openWithoutRoot = [] {
+        ::setenv("TMPDIR", "/nonexistent", 1);
+        const support::Messages messages;
+        HHDFCTmpDirObject directory("design.hdf");
+        const bool isEmpty = directory.getDir().empty() && !directory.createTmpDir("design.hdf");
+        std::_Exit(isEmpty && messages.all().size() == 2 ? 0 : 1);
+    };
+    EXPECT_EXIT(openWithoutRoot(), testing::ExitedWithCode(0), "");
 }
 
 TEST(HHDFCTmpDirObject, opensNoSecondDirectory)

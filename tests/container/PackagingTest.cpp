@@ -330,6 +330,38 @@ TEST(Packaging, leavesOutAFileThatHasTheBomsName)
                                   " is left out: the name is that of a BOM document");
 }
 
+TEST(Packaging, leavesOutAFileThatHasTheNameOfTheOtherModesBom)
+{
+    const TempDir dir;
+    const Messages messages;
+    HHDFHwDef def(dir / "design.hdf");
+    def.setModeType(HHDFHwDefFileTypes::POST_SYNTHESIS);
+    for (const char* name : {"sysdef.xml", "hwdef.xml"}) {
+        writeFile(dir / name, "no BOM");
+        def.addFileToBom(dir / name, HHDFHwDefFileTypes::PLATFORM);
+    }
+
+    EXPECT_TRUE(def.write(true));
+    EXPECT_EQ(namesIn(dir / "design.hdf"), "sysdef.xml");
+    EXPECT_TRUE(contains(memberOf(dir / "design.hdf", "sysdef.xml"), "<Project "));
+    EXPECT_EQ(messages.all().size(), 2u) << messages.joined();
+}
+
+TEST(Packaging, comparesARepeatedFileWithTheOneThatWonLast)
+{
+    const TempDir dir;
+    const Messages messages;
+    HHDFHwDef def(dir / "design.hdf");
+    for (const char* source : {"one/a.bit", "two/a.bit", "two/a.bit", "one/a.bit"}) {
+        writeFile(dir / source, source);
+        def.addFileToBom(dir / source, bit);
+    }
+
+    EXPECT_TRUE(def.write(true));
+    EXPECT_EQ(memberOf(dir / "design.hdf", "a.bit"), "one/a.bit");
+    EXPECT_EQ(messages.all().size(), 2u) << messages.joined();
+}
+
 // --- Failures of the whole.
 
 TEST(Packaging, keepsTheOldContainerWhenTheBomCantBeWritten)
