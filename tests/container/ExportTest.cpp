@@ -10,6 +10,7 @@
 #include "support/Container.h"
 #include "support/Messages.h"
 #include "support/TempDir.h"
+#include "support/ZipBuilder.h"
 
 using support::Messages;
 using support::TempDir;
@@ -333,4 +334,28 @@ TEST(Export, tellsTwoMembersOfOneContainerApartThatShareAPlace)
     EXPECT_TRUE(def->write(dir / "out"));
     EXPECT_EQ(support::readFile(dir / "out/x.mdd"), "dotted");
     EXPECT_EQ(messages.all().size(), 1u) << messages.joined();
+}
+
+TEST(Export, keepsTheLastOfAMemberThatIsListedTwiceAndTheComment)
+{
+    const TempDir dir;
+    support::ZipBuilder present;
+    present.addStored("twice", "first");
+    present.addStored("twice", "last");
+    present.comment = "a comment";
+    present.write(dir / "out.dsa");
+    EXPECT_TRUE(definitionIn(dir)->write(dir / "out.dsa"));
+    EXPECT_EQ(support::namesIn(dir / "out.dsa"), "hwdef.xml top.bit drivers/gpio/data/gpio.mdd twice");
+    EXPECT_EQ(support::memberOf(dir / "out.dsa", "twice"), "last");
+    const std::string bytes = support::readFile(dir / "out.dsa");
+    EXPECT_EQ(bytes.substr(bytes.size() - 9), "a comment");
+}
+
+TEST(Export, dropsTheDigestThatNoLongerHoldsFromTheComment)
+{
+    const TempDir dir;
+    ASSERT_TRUE(HHDFHwDefUtils::createHDF(dir / "out.dsa")->write(true));
+    ASSERT_NE(support::readFile(dir / "out.dsa").find("hwdef-sha256"), std::string::npos);
+    EXPECT_TRUE(definitionIn(dir)->write(dir / "out.dsa"));
+    EXPECT_EQ(support::readFile(dir / "out.dsa").find("hwdef-sha256"), std::string::npos);
 }
