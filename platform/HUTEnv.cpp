@@ -13,6 +13,7 @@
 #include "platform/HUTFile.h"
 #include "platform/HUTFileUtils.h"
 #include "platform/NoDestructor.h"
+#include "platform/SystemCalls.h"
 
 namespace {
 
@@ -35,7 +36,8 @@ ScratchRoots& scratchRoots()
 bool isUsable(const std::string& root)
 {
     struct stat status = {};
-    return ::lstat(root.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid();
+    return platform::SystemCalls::get().lstat(root.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid();
 }
 
 std::string makeScratchRoot()
@@ -44,7 +46,7 @@ std::string makeScratchRoot()
     std::string path = parent != nullptr && *parent != '\0' ? parent : "/tmp";
     path += "/hwdef-XXXXXX";
     HUTFileUtils::makeAbsolutePath(path);
-    if (::mkdtemp(path.data()) == nullptr) {
+    if (platform::SystemCalls::get().mkdtemp(path.data()) == nullptr) {
         throw platform::FileError(path, "make the scratch root of the process", errno);
     }
     return path;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/ReplacementFile.h"
+#include "platform/SystemCalls.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ bool isNameable(const std::string& path)
 /// The status of what a path leads to, links followed.
 bool getStatus(const std::string& path, struct stat& status)
 {
-    return isNameable(path) && ::stat(path.c_str(), &status) == 0;
+    return isNameable(path) && platform::SystemCalls::get().stat(path.c_str(), &status) == 0;
 }
 
 bool isDirectory(const std::string& path)
@@ -185,7 +186,7 @@ bool HUTFile::ensureWritableDirectory(const std::string& path)
 {
     const std::string directory = path.empty() ? "." : path;
     return mkDirRecursive(directory) &&
-           ::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+           platform::SystemCalls::get().eaccess(directory.c_str(), W_OK | X_OK) == 0;
 }
 
 bool HUTFile::rmRecursive(const std::string& path)
@@ -204,7 +205,8 @@ bool HUTFile::rmRecursive(const std::string& path)
     std::error_code error;
     std::filesystem::remove_all(entry, error);
     struct stat status = {};
-    return ::lstat(entry.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+    return platform::SystemCalls::get().lstat(entry.c_str(), &status) != 0 &&
+           (errno == ENOENT || errno == ENOTDIR);
 }
 
 bool HUTFile::copyToDir(const std::string& dir, std::uint32_t mode, std::string* reason) const
@@ -214,7 +216,7 @@ bool HUTFile::copyToDir(const std::string& dir, std::uint32_t mode, std::string*
     }
     const std::string target = (dir.empty() ? "." : dir) + separator + std::string(name());
     struct stat status = {};
-    if (mode != COPY_OVERWRITE && ::lstat(target.c_str(), &status) == 0) {
+    if (mode != COPY_OVERWRITE && platform::SystemCalls::get().lstat(target.c_str(), &status) == 0) {
         return refuse(reason, target + ": can't copy " + path_ + " there: it exists and is to be kept");
     }
     try {

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "platform/HUTFile.h"
+#include "platform/SystemCalls.h"
 
 namespace {
 
@@ -15,7 +16,8 @@ namespace {
 bool isTaken(const std::string& path)
 {
     struct stat status = {};
-    return path.find('\0') == std::string::npos && ::lstat(path.c_str(), &status) == 0;
+    return path.find('\0') == std::string::npos &&
+           platform::SystemCalls::get().lstat(path.c_str(), &status) == 0;
 }
 
 }  // namespace

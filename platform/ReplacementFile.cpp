@@ -1,9 +1,9 @@
 #include "platform/ReplacementFile.h"
 
+#include <limits.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <cerrno>
 #include <cstdint>
@@ -19,18 +19,40 @@ namespace fs = boost::filesystem;
 /// As many links in a row as the system itself follows.
 constexpr int maxLinks = 40;
 
+/// What stands at the path, links not followed; nothing when it is free. What can't be looked at must
+/// not be taken for free: a link, or the permissions of the old file, would be lost.
+std::optional<struct stat> look(const std::string& path)
+{
+    struct stat status = {};
+    if (SystemCalls::get().lstat(path.c_str(), &status) == 0) {
+        return status;
+    }
+    if (errno != ENOENT && errno != ENOTDIR) {
+        throw FileError(path, "read the status", errno);
+    }
+    return {};
+}
+
+std::string readLink(const std::string& path)
+{
+    std::string target(PATH_MAX, '\0');
+    const ssize_t size = SystemCalls::get().readlink(path.c_str(), target.data(), target.size());
+    if (size < 0) {
+        throw FileError(path, "read the link", errno);
+    }
+    target.resize(static_cast<std::size_t>(size));
+    return target;
+}
+
 /// The path that a chain of links ends at; it need not exist.
 fs::path followLinks(fs::path path)
 {
     for (int i = 0; i < maxLinks; ++i) {
-        boost::system::error_code error;
-        if (fs::symlink_status(path, error).type() != fs::symlink_file) {
+        const auto status = look(path.string());
+        if (!status || !S_ISLNK(status->st_mode)) {
             return path;
         }
-        const fs::path next = fs::read_symlink(path, error);
-        if (error) {
-            return path;
-        }
+        const fs::path next = readLink(path.string());
         path = next.is_absolute() ? next : path.parent_path() / next;
     }
     throw FileError(path.string(), "follow the link", ELOOP);
@@ -62,14 +84,13 @@ ReplacementFile::ReplacementFile(const std::string& target, Links links, std::op
     : target_(resolve(target, links))
 {
     // All links were followed above: one that appears here is to be replaced.
-    struct stat status = {};
-    const bool exists = ::lstat(target_.c_str(), &status) == 0 && !S_ISLNK(status.st_mode);
-    if (exists && !S_ISREG(status.st_mode)) {
-        throw FileError(target_, "replace what is no regular file",
-                        S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    const auto old = look(target_);
+    const bool exists = old && !S_ISLNK(old->st_mode);
+    if (exists && !S_ISREG(old->st_mode)) {
+        throw FileError(target_, "replace what is no regular file", S_ISDIR(old->st_mode) ? EISDIR : EINVAL);
     }
     if (exists && !mode) {
-        mode = status.st_mode & 07777;
+        mode = old->st_mode & 07777;
     }
     openTemporary(mode);
 }

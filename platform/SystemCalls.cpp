@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "platform/NoDestructor.h"
 
@@ -67,6 +68,26 @@ int SystemCalls::fstat(int file, struct stat* status)
     return ::fstat(file, status);
 }
 
+int SystemCalls::stat(const char* path, struct stat* status)
+{
+    return ::stat(path, status);
+}
+
+int SystemCalls::lstat(const char* path, struct stat* status)
+{
+    return ::lstat(path, status);
+}
+
+ssize_t SystemCalls::readlink(const char* path, char* buffer, std::size_t size)
+{
+    return ::readlink(path, buffer, size);
+}
+
+int SystemCalls::eaccess(const char* path, int mode)
+{
+    return ::faccessat(AT_FDCWD, path, mode, AT_EACCESS);
+}
+
 int SystemCalls::fchmod(int file, mode_t mode)
 {
     return ::fchmod(file, mode);
@@ -80,6 +101,11 @@ int SystemCalls::rename(const char* from, const char* to)
 int SystemCalls::unlink(const char* path)
 {
     return ::unlink(path);
+}
+
+char* SystemCalls::mkdtemp(char* pattern)
+{
+    return ::mkdtemp(pattern);
 }
 
 SystemCalls& SystemCalls::get()

@@ -403,8 +403,8 @@ TEST(HUTFile, leavesTheOldFileWhenAnyStepOfACopyFails)
     support::writeFile(dir / "top.bit", "new");
     support::writeFile(dir / "out/top.bit", "old");
     const HUTFile source(dir / "top.bit");
-    unsigned steps = 0;
-    for (unsigned step = 1; step <= steps + 1; ++step) {
+    unsigned steps = 1;  // the first call looks for the directory
+    for (unsigned step = 2; step <= steps + 1; ++step) {
         FailingSystemCalls calls;
         calls.fail(FailingSystemCalls::ANY & ~FailingSystemCalls::UNLINK, step, ENOSPC);
         std::string reason;

@@ -196,6 +196,19 @@ TEST(ReplacementFile, takesANameAsLongAsTheSystemAllows)
     EXPECT_EQ(support::readFile(dir / name), "new");
 }
 
+TEST(ReplacementFile, replacesNothingThatItCantLookAt)
+{
+    const support::TempDir dir;
+    support::writeFile(dir / "file", "old");
+    link("file", dir / "link");
+    for (unsigned nth = 1; nth <= 4; ++nth) {  // link, its target, the file twice
+        FailingSystemCalls calls;
+        calls.fail(FailingSystemCalls::LOOK, nth, EIO);
+        EXPECT_EQ(errorOf(dir / "link"), EIO) << nth;
+    }
+    EXPECT_EQ(dir.list(), "file link");
+}
+
 TEST(ReplacementFile, passesOverATemporaryFileThatAKilledProcessLeft)
 {
     const support::TempDir dir;

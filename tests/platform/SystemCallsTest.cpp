@@ -1,6 +1,7 @@
 #include "platform/SystemCalls.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -47,6 +48,28 @@ TEST(SystemCalls, doWhatTheirNamesSay)
     EXPECT_EQ(dir.list(), "b");
     EXPECT_EQ(calls.unlink((dir / "b").c_str()), 0);
     EXPECT_EQ(dir.list(), "");
+}
+
+TEST(SystemCalls, lookAtPathsAsTheirNamesSay)
+{
+    const support::TempDir dir;
+    SystemCalls& calls = SystemCalls::get();
+    support::writeFile(dir / "file", "1234");
+    ASSERT_EQ(::symlink("file", (dir / "link").c_str()), 0);
+    struct stat status = {};
+    EXPECT_EQ(calls.stat((dir / "link").c_str(), &status), 0);
+    EXPECT_EQ(status.st_size, 4);
+    EXPECT_EQ(calls.lstat((dir / "link").c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    char target[16] = {};
+    EXPECT_EQ(calls.readlink((dir / "link").c_str(), target, sizeof target), 4);
+    EXPECT_EQ(std::string(target), "file");
+    EXPECT_EQ(calls.eaccess((dir / "file").c_str(), R_OK), 0);
+    EXPECT_EQ(calls.eaccess((dir / "missing").c_str(), F_OK), -1);
+    std::string made = dir / "d-XXXXXX";
+    EXPECT_EQ(calls.mkdtemp(made.data()), made.data());
+    EXPECT_EQ(calls.lstat(made.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0700u);
 }
 
 TEST(SystemCalls, reportByErrno)

@@ -1,15 +1,38 @@
 #include "support/FailingSystemCalls.h"
 
+#include <signal.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 
 namespace support {
 
-FailingSystemCalls::FailingSystemCalls() : earlier_(replace(this)) {}
+namespace {
+
+FailingSystemCalls* objectInForce = nullptr;
+
+void killThisProcess()
+{
+    ::kill(::getpid(), SIGKILL);
+}
+
+}  // namespace
+
+FailingSystemCalls::FailingSystemCalls() : earlier_(replace(this)), earlierObject_(objectInForce)
+{
+    objectInForce = this;
+}
 
 FailingSystemCalls::~FailingSystemCalls()
 {
+    objectInForce = earlierObject_;
     replace(earlier_);
+}
+
+FailingSystemCalls* FailingSystemCalls::inForce()
+{
+    return objectInForce;
 }
 
 unsigned FailingSystemCalls::count(unsigned kinds) const
@@ -55,6 +78,12 @@ void FailingSystemCalls::dieAt(unsigned kinds, unsigned nth, std::size_t bytes)
     rules_.push_back({kinds, nth, Action::DIE, EIO, bytes});
 }
 
+void FailingSystemCalls::killAt(unsigned kinds, unsigned nth, std::size_t bytes)
+{
+    dieAt(kinds, nth, bytes);
+    isKilled_ = true;
+}
+
 /// What the rule makes of its `seen`-th call: the errno to fail with, or 0. Calls that transfer bytes
 /// give their `size`, which may be made smaller.
 int FailingSystemCalls::apply(Rule& rule, std::size_t* size)
@@ -65,6 +94,9 @@ int FailingSystemCalls::apply(Rule& rule, std::size_t* size)
         case Action::DIE:
             died_ = true;
             if (size == nullptr || rule.bytes == 0) {
+                if (isKilled_) {
+                    killThisProcess();
+                }
                 return rule.error;
             }
             [[fallthrough]];
@@ -95,10 +127,32 @@ bool FailingSystemCalls::refuses(Kind kind, std::size_t* size)
     return error != 0;
 }
 
+bool FailingSystemCalls::refusesLibraryCall()
+{
+    return !isPassing_ && refuses(FROM_LIBRARY);
+}
+
+/// Makes a call of the system's that must not count as one of a library.
+template <typename Call>
+auto FailingSystemCalls::pass(Call call)
+{
+    isPassing_ = true;
+    const auto result = call();
+    isPassing_ = false;
+    return result;
+}
+
 template <typename Transfer>
 ssize_t FailingSystemCalls::transfer(Kind kind, std::size_t size, Transfer call)
 {
-    return refuses(kind, &size) ? -1 : call(size);
+    if (refuses(kind, &size)) {
+        return -1;
+    }
+    const ssize_t result = pass([&] { return call(size); });
+    if (died_ && isKilled_) {
+        killThisProcess();
+    }
+    return result;
 }
 
 int FailingSystemCalls::open(const char* path, int flags, mode_t mode)
@@ -106,7 +160,7 @@ int FailingSystemCalls::open(const char* path, int flags, mode_t mode)
     if (refuses((flags & (O_CREAT | O_TRUNC)) != 0 ? CREATE : OPEN)) {
         return -1;
     }
-    const int file = SystemCalls::open(path, flags, mode);
+    const int file = pass([&] { return SystemCalls::open(path, flags, mode); });
     openDescriptors_ += file >= 0 ? 1 : 0;
     return file;
 }
@@ -116,7 +170,7 @@ int FailingSystemCalls::close(int file)
     --openDescriptors_;
     const bool refused = refuses(CLOSE);
     const int error = errno;
-    const int result = SystemCalls::close(file);
+    const int result = pass([&] { return SystemCalls::close(file); });
     if (refused) {
         errno = error;
         return -1;
@@ -156,27 +210,52 @@ ssize_t FailingSystemCalls::copyFileRange(int from, off_t* fromOffset, int to, o
 
 int FailingSystemCalls::ftruncate(int file, off_t size)
 {
-    return refuses(TRUNCATE) ? -1 : SystemCalls::ftruncate(file, size);
+    return refuses(TRUNCATE) ? -1 : pass([&] { return SystemCalls::ftruncate(file, size); });
 }
 
 int FailingSystemCalls::fstat(int file, struct stat* status)
 {
-    return refuses(STATUS) ? -1 : SystemCalls::fstat(file, status);
+    return refuses(STATUS) ? -1 : pass([&] { return SystemCalls::fstat(file, status); });
+}
+
+int FailingSystemCalls::stat(const char* path, struct stat* status)
+{
+    return refuses(LOOK) ? -1 : pass([&] { return SystemCalls::stat(path, status); });
+}
+
+int FailingSystemCalls::lstat(const char* path, struct stat* status)
+{
+    return refuses(LOOK) ? -1 : pass([&] { return SystemCalls::lstat(path, status); });
+}
+
+ssize_t FailingSystemCalls::readlink(const char* path, char* buffer, std::size_t size)
+{
+    return refuses(LOOK) ? -1 : pass([&] { return SystemCalls::readlink(path, buffer, size); });
+}
+
+int FailingSystemCalls::eaccess(const char* path, int mode)
+{
+    return refuses(LOOK) ? -1 : pass([&] { return SystemCalls::eaccess(path, mode); });
 }
 
 int FailingSystemCalls::fchmod(int file, mode_t mode)
 {
-    return refuses(MODE) ? -1 : SystemCalls::fchmod(file, mode);
+    return refuses(MODE) ? -1 : pass([&] { return SystemCalls::fchmod(file, mode); });
 }
 
 int FailingSystemCalls::rename(const char* from, const char* to)
 {
-    return refuses(RENAME) ? -1 : SystemCalls::rename(from, to);
+    return refuses(RENAME) ? -1 : pass([&] { return SystemCalls::rename(from, to); });
 }
 
 int FailingSystemCalls::unlink(const char* path)
 {
-    return refuses(UNLINK) ? -1 : SystemCalls::unlink(path);
+    return refuses(UNLINK) ? -1 : pass([&] { return SystemCalls::unlink(path); });
+}
+
+char* FailingSystemCalls::mkdtemp(char* pattern)
+{
+    return refuses(MAKE) ? nullptr : pass([&] { return SystemCalls::mkdtemp(pattern); });
 }
 
 }  // namespace support

@@ -27,9 +27,12 @@ public:
         MODE = 0x100,
         RENAME = 0x200,
         UNLINK = 0x400,
+        LOOK = 0x800,           ///< stat, lstat, readlink and access
+        MAKE = 0x1000,          ///< mkdtemp
+        FROM_LIBRARY = 0x2000,  ///< a call that a library under ours makes; see refusesLibraryCall()
         /// Every call after which the disk may look different.
-        CHANGES = CREATE | WRITE | COPY | TRUNCATE | MODE | RENAME | UNLINK,
-        ANY = 0x7ff,
+        CHANGES = CREATE | WRITE | COPY | TRUNCATE | MODE | RENAME | UNLINK | MAKE,
+        ANY = 0x3fff,
     };
 
     FailingSystemCalls();
@@ -57,6 +60,15 @@ public:
     /// and leaves the disk alone (descriptors are closed, as a dying process closes them).
     void dieAt(unsigned kinds, unsigned nth, std::size_t bytes = 0);
     bool died() const { return died_; }
+    /// The same, but the process is killed indeed: by SIGKILL in the n-th call, or right behind it when
+    /// it transfers `bytes` bytes.
+    void killAt(unsigned kinds, unsigned nth, std::size_t bytes = 0);
+
+    /// The object in force; null when there is none.
+    static FailingSystemCalls* inForce();
+    /// For interposed functions of the C library: counts a call and applies the rules; true, with errno
+    /// set, when it must fail and do nothing. Calls that this object makes itself don't count.
+    bool refusesLibraryCall();
 
     int open(const char* path, int flags, mode_t mode) override;
     int close(int file) override;
@@ -67,9 +79,14 @@ public:
     ssize_t copyFileRange(int from, off_t* fromOffset, int to, off_t* toOffset, std::size_t size) override;
     int ftruncate(int file, off_t size) override;
     int fstat(int file, struct stat* status) override;
+    int stat(const char* path, struct stat* status) override;
+    int lstat(const char* path, struct stat* status) override;
+    ssize_t readlink(const char* path, char* buffer, std::size_t size) override;
+    int eaccess(const char* path, int mode) override;
     int fchmod(int file, mode_t mode) override;
     int rename(const char* from, const char* to) override;
     int unlink(const char* path) override;
+    char* mkdtemp(char* pattern) override;
 
 private:
     enum class Action { FAIL, SHORTEN, INTERRUPT, DIE };
@@ -84,14 +101,19 @@ private:
 
     int apply(Rule& rule, std::size_t* size);
     bool refuses(Kind kind, std::size_t* size = nullptr);
+    template <typename Call>
+    auto pass(Call call);
     template <typename Transfer>
     ssize_t transfer(Kind kind, std::size_t size, Transfer call);
 
     std::vector<Rule> rules_;
     std::vector<Kind> calls_;
     bool died_ = false;
+    bool isKilled_ = false;  // by a death that is one
+    bool isPassing_ = false;
     int openDescriptors_ = 0;
     platform::SystemCalls* earlier_ = nullptr;
+    FailingSystemCalls* earlierObject_ = nullptr;
 };
 
 }  // namespace support
