@@ -99,12 +99,13 @@ File File::open(const std::string& path, int flags, mode_t mode)
     if (path.find('\0') != std::string::npos) {
         throw FileError(path, "open", EINVAL);
     }
-    const int descriptor =
+    File file(-1, path);  // memory may run out here, but not while nobody owns a descriptor
+    file.descriptor_ =
         uninterrupted([&] { return SystemCalls::get().open(path.c_str(), flags | O_CLOEXEC, mode); });
-    if (descriptor < 0) {
+    if (!file.isOpen()) {
         throw FileError(path, "open", errno);
     }
-    return File(descriptor, path);
+    return file;
 }
 
 File File::openRegular(const std::string& path, int flags)

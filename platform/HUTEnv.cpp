@@ -61,8 +61,12 @@ __attribute__((destructor)) void removeScratchRoots()
         return;
     }
     for (const std::string& path : roots.paths) {
-        if (isUsable(path)) {
-            HUTFile::rmRecursive(path);
+        try {
+            if (isUsable(path)) {
+                HUTFile::rmRecursive(path);
+            }
+        } catch (...) {
+            // Without memory it stays, as it does when the process is killed.
         }
     }
 }
@@ -79,7 +83,12 @@ std::string HUTEnv::getHDITmpDir()
         roots.maker = ::getpid();
     }
     const auto usable = std::find_if(roots.paths.begin(), roots.paths.end(), isUsable);
-    return usable != roots.paths.end() ? *usable : roots.paths.emplace_back(makeScratchRoot());
+    if (usable != roots.paths.end()) {
+        return *usable;
+    }
+    // A place first: a root that is made must not be lost for want of memory.
+    roots.paths.reserve(roots.paths.size() + 1);
+    return roots.paths.emplace_back(makeScratchRoot());
 }
 
 std::string HUTEnv::getProductVersion()

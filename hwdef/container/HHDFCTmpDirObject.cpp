@@ -8,12 +8,17 @@
 
 HHDFCTmpDirObject::HHDFCTmpDirObject(const std::string& name)
 {
-    open(name);
+    try {
+        open(name);
+    } catch (...) {
+        closeWithoutThrowing();
+        throw;
+    }
 }
 
 HHDFCTmpDirObject::~HHDFCTmpDirObject()
 {
-    close();
+    closeWithoutThrowing();
 }
 
 void HHDFCTmpDirObject::open(const std::string& name)
@@ -59,4 +64,13 @@ void HHDFCTmpDirObject::close()
 {
     deleteTmpDir();
     dir_.clear();
+}
+
+void HHDFCTmpDirObject::closeWithoutThrowing() noexcept
+{
+    try {
+        close();
+    } catch (...) {
+        // Without memory the directory can't be removed now; it goes with the scratch root.
+    }
 }

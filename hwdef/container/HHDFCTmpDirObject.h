@@ -29,5 +29,7 @@ public:
     void close();
 
 private:
+    void closeWithoutThrowing() noexcept;
+
     std::string dir_;
 };

@@ -30,15 +30,20 @@ public:
         path_ = HUTEnv::getHDITmpDir() + separator + "HWH" + separator + outputName;
         HUTFileUtils::uniquifyFilenameInDir(path_);
         HUTFileUtils::makeAbsolutePath(path_);
-        HUTFile::mkDirRecursive(path_);
-        HUTFile::ensureWritableDirectory(path_);
         used_.insert(outputName);
+        try {
+            HUTFile::mkDirRecursive(path_);
+            HUTFile::ensureWritableDirectory(path_);
+        } catch (...) {
+            remove();
+            throw;
+        }
     }
 
     ~StagingDir()
     {
-        if (!kept_ && HUTFile(path_).isDir()) {
-            HUTFile::rmRecursive(path_);
+        if (!kept_) {
+            remove();
         }
     }
 
@@ -66,6 +71,17 @@ public:
     void keep() { kept_ = true; }
 
 private:
+    void remove() noexcept
+    {
+        try {
+            if (HUTFile(path_).isDir()) {
+                HUTFile::rmRecursive(path_);
+            }
+        } catch (...) {
+            // Without memory the directory can't be removed now; it goes with the scratch root.
+        }
+    }
+
     std::string path_;
     std::unordered_set<std::string> used_;
     bool kept_ = false;

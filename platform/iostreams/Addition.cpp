@@ -172,8 +172,9 @@ void InPlace::restore() noexcept
             file_.writeAt(tail_.data(), tail_.size(), old_.directory);
         }
         file_.truncate(old_.end.end);
-    } catch (const platform::FileError&) {
-        // The error that led here is the one to report; the file holds the old state in any case.
+    } catch (...) {
+        // The error that led here is the one to report, be it of the file or a want of memory; the file
+        // holds the old state in any case.
     }
 }
 
