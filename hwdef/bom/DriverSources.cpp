@@ -15,18 +15,34 @@ namespace fs = boost::filesystem;
 
 namespace {
 
+// Paths of the standard library and not of Boost are compared and resolved: Boost ends the process when
+// memory runs out meanwhile.
+using Resolved = std::filesystem::path;
+
 /// Whether `path` is `dir` or lies below it; links resolved in both.
-bool liesIn(const fs::path& path, const fs::path& dir)
+bool liesIn(const Resolved& path, const Resolved& dir)
 {
     return std::mismatch(dir.begin(), dir.end(), path.begin(), path.end()).first == dir.end();
 }
 
-/// The path with links resolved; empty when nothing exists there.
-fs::path resolved(const fs::path& path)
+/// The path with links resolved; filesystem_error when nothing exists there.
+Resolved resolvedOrThrow(const std::string& path)
 {
-    boost::system::error_code error;
-    fs::path result = fs::canonical(path, error);
-    return error ? fs::path() : result;
+    std::error_code error;
+    Resolved result = std::filesystem::canonical(path, error);
+    if (error) {
+        throw fs::filesystem_error("can't resolve the path", path,
+                                   {error.value(), boost::system::system_category()});
+    }
+    return result;
+}
+
+/// The same; empty when nothing exists there.
+Resolved resolved(const std::string& path)
+{
+    std::error_code error;
+    Resolved result = std::filesystem::canonical(path, error);
+    return error ? Resolved() : result;
 }
 
 /// Whether `name`, behind `dir` and a separator, leads out of `dir`, by what it says or by the links on
@@ -38,24 +54,32 @@ bool leaves(const std::string& name, const std::string& dir)
     if (!normal.empty() && *normal.begin() == "..") {
         return true;
     }
-    const fs::path target = resolved(dir + "/" + name);
+    const Resolved target = resolved(dir + "/" + name);
     return !target.empty() && !liesIn(target, resolved(dir + "/"));
+}
+
+void say(const HHDFHwDef& def, const std::string& name, const std::string& what)
+{
+    std::string where;
+    def.getContainerFullPath(where);
+    ComMsgMgr::sendMessage(where + ": driver source \"" + name + "\" " + what + "; not read", false);
 }
 
 void refuse(const HHDFHwDef& def, const std::string& name, const std::string& dir)
 {
-    std::string where;
-    def.getContainerFullPath(where);
-    ComMsgMgr::sendMessage(where + ": driver source \"" + name + "\" leads out of \"" + dir +
-                               "\", expected one inside; not read",
-                           false);
+    say(def, name, "leads out of \"" + dir + "\", expected one inside");
 }
 
-/// A regular file, or a link to one. What the system can't tell (links in a circle) is none.
+/// A regular file, or a link to one; links in a circle are none. What can't be looked at throws
+/// filesystem_error.
 bool isFile(const fs::directory_entry& entry)
 {
     boost::system::error_code error;
-    return fs::is_regular_file(entry.status(error));
+    const fs::file_status status = entry.status(error);
+    if (status.type() == fs::status_error && error != boost::system::errc::too_many_symbolic_link_levels) {
+        throw fs::filesystem_error("can't read the status", entry.path(), error);
+    }
+    return fs::is_regular_file(status);
 }
 
 }  // namespace
@@ -93,19 +117,21 @@ bool HHDFHwDefBomReader::populateDriverFiles(const std::string& path)
 
 void HHDFHwDefBomReader::registerDriverFiles(const std::string& path)
 {
-    const fs::path top = fs::canonical(path);
-    const fs::path unzipDir = resolved(def_->getUnzipDir());
+    const Resolved top = resolvedOrThrow(path);
+    const Resolved unzipDir = resolved(def_->getUnzipDir());
     // Links may lead about within the unpacked container; a tree elsewhere is its own limit.
-    const fs::path& limit = !unzipDir.empty() && liesIn(top, unzipDir) ? unzipDir : top;
+    const Resolved& limit = !unzipDir.empty() && liesIn(top, unzipDir) ? unzipDir : top;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
         if (!isFile(entry)) {
             continue;
         }
         const std::string file = entry.path().string();
-        if (fs::is_symlink(entry.symlink_status()) && !liesIn(fs::canonical(file), limit)) {
+        if (fs::is_symlink(entry.symlink_status()) && !liesIn(resolvedOrThrow(file), limit)) {
             refuse(*def_, file, limit.string());
             continue;
         }
-        def_->addDriverDirToBom(path, HUTPathUtils::makeRelativePath(file, path));
+        if (!def_->addDriverDirToBom(path, HUTPathUtils::makeRelativePath(file, path))) {
+            say(*def_, file, "was there and can't be found now");
+        }
     }
 }

@@ -73,7 +73,7 @@ public:
     {
         boost::filesystem::path place;
         for (const boost::filesystem::path& component : boost::filesystem::path(name)) {
-            if (component != boost::filesystem::path(".")) {
+            if (component.native() != ".") {
                 place /= component;
             }
         }

@@ -14,7 +14,7 @@ namespace {
 
 bool isDriverDescription(const HHDFHwDefDriver& record)
 {
-    return boost::filesystem::path(record.getRelativeName()).extension() == ".mdd";
+    return boost::filesystem::path(record.getRelativeName()).extension().native() == ".mdd";
 }
 
 }  // namespace

@@ -1,12 +1,25 @@
 #include "hwdef/container/SafePath.h"
 
 #include <algorithm>
-#include <boost/filesystem/operations.hpp>
-#include <boost/filesystem/path.hpp>
+#include <filesystem>
+
+#include "platform/File.h"
 
 namespace {
 
-namespace fs = boost::filesystem;
+// The standard library's paths and not Boost's, which end the process when memory runs out while two of
+// them are compared.
+namespace fs = std::filesystem;
+
+bool isMissing(const std::error_code& error)
+{
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+std::string cantLookAt(const fs::path& path, const std::error_code& error)
+{
+    return platform::FileError(path.string(), "read the status", error.value()).what();
+}
 
 std::string lexicalObjection(const std::string& name)
 {
@@ -26,7 +39,7 @@ std::string lexicalObjection(const std::string& name)
     if (std::find(path.begin(), path.end(), fs::path("..")) != path.end()) {
         return "the name climbs out by \"..\"";
     }
-    if (path.filename() == fs::path(".")) {
+    if (path.filename() == ".") {
         return "the name is that of a directory";
     }
     return {};
@@ -42,10 +55,14 @@ bool isBelow(const fs::path& path, const fs::path& dir)
 
 SafePath::SafePath(const std::string& dir)
 {
-    boost::system::error_code error;
-    dir_ = fs::canonical(dir.empty() ? fs::path(".") : fs::path(dir), error).string();
-    if (error) {
-        dir_.clear();  // nothing there yet, so there are no links below it
+    std::error_code error;
+    dir_ = fs::canonical(dir.empty() ? "." : dir, error).string();
+    if (!error) {
+        return;
+    }
+    dir_.clear();  // nothing there yet, so there are no links below it
+    if (!isMissing(error)) {
+        objection_ = cantLookAt(dir, error);
     }
 }
 
@@ -53,17 +70,20 @@ std::string SafePath::objection(const std::string& name) const
 {
     const std::string lexical = lexicalObjection(name);
     if (!lexical.empty() || dir_.empty()) {
-        return lexical;
+        return lexical.empty() ? objection_ : lexical;
     }
     fs::path place(dir_);
     for (const fs::path& component : fs::path(name)) {
         place /= component;
-        boost::system::error_code error;
+        std::error_code error;
         const fs::file_type type = fs::symlink_status(place, error).type();
-        if (type == fs::file_not_found) {
+        if (type == fs::file_type::not_found) {
             break;  // all that follows will be made anew
         }
-        if (type != fs::symlink_file) {
+        if (error) {
+            return cantLookAt(place, error);
+        }
+        if (type != fs::file_type::symlink) {
             continue;
         }
         const fs::path target = fs::canonical(place, error);
