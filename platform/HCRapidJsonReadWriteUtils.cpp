@@ -6,6 +6,7 @@
 #include <rapidjson/writer.h>
 
 #include "platform/ComMsgMgr.h"
+#include "platform/JsonMemory.h"
 
 namespace {
 
@@ -20,8 +21,10 @@ Value copyOf(const std::string& text, HCRapidJsonReadWriteUtils::Allocator& allo
 
 std::string jsonTextOf(const Value& value)
 {
-    rapidjson::StringBuffer text;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+    using Utf8 = rapidjson::UTF8<>;
+    using Text = rapidjson::GenericStringBuffer<Utf8, platform::JsonMemory>;
+    Text text;
+    rapidjson::Writer<Text, Utf8, Utf8, platform::JsonMemory> writer(text);
     value.Accept(writer);
     return {text.GetString(), text.GetSize()};
 }

@@ -11,14 +11,16 @@
 #include <utility>
 
 #include "platform/HCRapidJsonReadWriteUtils.h"
+#include "platform/JsonMemory.h"
 
 namespace {
 
+using Utf8 = rapidjson::UTF8<>;
 using TextPairs = std::vector<std::pair<std::string, std::string>>;
 
 /// Collects the members of a root object as texts and passes over what lies below them, so that a
 /// small archive can't unfold into a huge document.
-class Collector : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Collector> {
+class Collector : public rapidjson::BaseReaderHandler<Utf8, Collector> {
 public:
     bool Key(const char* text, rapidjson::SizeType length, bool)
     {
@@ -47,12 +49,13 @@ public:
     TextPairs take() { return std::move(members_); }
 
 private:
-    using NumberWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+    using NumberText = rapidjson::GenericStringBuffer<Utf8, platform::JsonMemory>;
+    using NumberWriter = rapidjson::Writer<NumberText, Utf8, Utf8, platform::JsonMemory>;
 
     template <typename Number>
     bool addNumber(bool (NumberWriter::*write)(Number), Number value)
     {
-        rapidjson::StringBuffer text;
+        NumberText text;
         NumberWriter writer(text);
         (writer.*write)(value);
         return add(text.GetString());
@@ -135,7 +138,7 @@ RootMembers readRootMembers(std::istream& in, std::size_t maxBytes)
     LimitedBytes bytes(in, maxBytes);
     rapidjson::BasicIStreamWrapper<LimitedBytes> text(bytes);
     Collector collector;
-    rapidjson::Reader reader;
+    rapidjson::GenericReader<Utf8, Utf8, platform::JsonMemory> reader;
     rapidjson::ParseResult result = reader.Parse<flags>(text, collector);
     if (!result.IsError() && !bytes.atEnd()) {
         // The parser takes a null character for the end.
