@@ -40,6 +40,8 @@ public:
 
     /// Calls of these kinds made so far, failed and interrupted ones included.
     unsigned count(unsigned kinds = ANY) const;
+    /// The kind of the n-th call made so far, 1 being the first.
+    Kind kind(unsigned nth) const { return calls_.at(nth - 1); }
     /// Descriptors opened through this object and not yet closed.
     int openDescriptors() const { return openDescriptors_; }
     /// Forgets all rules and counts (open descriptors are still known), and lives on after a death.

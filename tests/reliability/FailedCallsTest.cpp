@@ -1,0 +1,116 @@
+// Every system call of every operation fails once.
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "support/Aftermath.h"
+#include "support/FailingSystemCalls.h"
+
+using support::Aftermath;
+using support::FailingSystemCalls;
+using support::Operation;
+
+namespace {
+
+/// Descriptors that this process has open, however they were opened.
+std::ptrdiff_t openDescriptors()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+class FailedCalls : public testing::TestWithParam<Operation> {
+protected:
+    /// Runs the operation once for each n, `disturb` having said what becomes of the n-th call, until n
+    /// is beyond its last one; expects each time that nothing is lost or left over.
+    template <typename Disturb>
+    void sweep(Disturb disturb)
+    {
+        for (unsigned nth = 1;; ++nth) {
+            SCOPED_TRACE("call " + std::to_string(nth));
+            aftermath_.reset();
+            const std::ptrdiff_t descriptors = openDescriptors();
+            Aftermath::Outcome outcome;
+            unsigned made = 0;
+            bool removalFailed = false;
+            {
+                FailingSystemCalls calls;
+                disturb(calls, nth);
+                outcome = aftermath_.run();
+                made = calls.count();
+                removalFailed = made >= nth && isPartOfRemoval(calls.kind(nth));
+            }
+            aftermath_.expectOldOrNew(outcome);
+            EXPECT_EQ(openDescriptors(), descriptors);
+            reported_ += outcome.isReported() ? 1 : 0;
+            if (!removalFailed) {
+                aftermath_.expectNoScratch();
+            }
+            if (made < nth || HasFailure()) {
+                EXPECT_FALSE(outcome.isReported()) << outcome.messages;
+                calls_ = nth - 1;
+                return;
+            }
+        }
+    }
+
+    /// A scratch directory whose removal fails stays until the process ends.
+    static bool isPartOfRemoval(FailingSystemCalls::Kind kind)
+    {
+        return (kind & (FailingSystemCalls::FROM_LIBRARY | FailingSystemCalls::LOOK)) != 0;
+    }
+
+    Aftermath aftermath_{GetParam()};
+    unsigned reported_ = 0;
+    unsigned calls_ = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, FailedCalls, testing::ValuesIn(support::operations()),
+                         [](const auto& info) { return info.param.name; });
+
+}  // namespace
+
+TEST_P(FailedCalls, forWantOfSpaceLeaveTheOldOrTheNewState)
+{
+    sweep([](FailingSystemCalls& calls, unsigned nth) { calls.fail(FailingSystemCalls::ANY, nth, ENOSPC); });
+    EXPECT_GE(calls_, 5U);
+    EXPECT_GE(reported_, 2U);
+    RecordProperty("calls", static_cast<int>(calls_));
+}
+
+TEST_P(FailedCalls, ofADamagedDiskLeaveTheOldOrTheNewState)
+{
+    sweep([](FailingSystemCalls& calls, unsigned nth) { calls.fail(FailingSystemCalls::ANY, nth, EIO); });
+    EXPECT_GE(calls_, 5U);
+    EXPECT_GE(reported_, 2U);
+}
+
+TEST_P(FailedCalls, thatASignalInterruptsLeaveTheOldOrTheNewState)
+{
+    sweep([](FailingSystemCalls& calls, unsigned nth) { calls.fail(FailingSystemCalls::ANY, nth, EINTR); });
+    EXPECT_GE(calls_, 5U);
+}
+
+TEST_P(FailedCalls, thatASignalInterruptsAreRepeated)
+{
+    constexpr unsigned repeated = FailingSystemCalls::OPEN | FailingSystemCalls::CREATE |
+                                  FailingSystemCalls::READ | FailingSystemCalls::WRITE |
+                                  FailingSystemCalls::COPY | FailingSystemCalls::TRUNCATE |
+                                  FailingSystemCalls::CLOSE;
+    FailingSystemCalls calls;
+    calls.interruptAll(repeated);
+    const Aftermath::Outcome outcome = aftermath_.run();
+    EXPECT_FALSE(outcome.isReported()) << outcome.messages;
+    aftermath_.expectOldOrNew(outcome);
+    EXPECT_GE(calls.count(repeated), 4U);
+}
+
+TEST_P(FailedCalls, thatTransferOneByteAreContinued)
+{
+    sweep([](FailingSystemCalls& calls, unsigned nth) {
+        calls.shorten(FailingSystemCalls::READ | FailingSystemCalls::WRITE | FailingSystemCalls::COPY, nth,
+                      1);
+    });
+    EXPECT_EQ(reported_, 0U);
+}
