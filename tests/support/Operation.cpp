@@ -140,7 +140,10 @@ Result packageOpened(const std::string& dir)
     if (!def) {
         return {};
     }
-    def->addFileToBom(dir + "/more", Types::BIT);
+    // Not a second time when an earlier process was killed right behind its last step.
+    if (!def->isBomFileExistsWithName("more")) {
+        def->addFileToBom(dir + "/more", Types::BIT);
+    }
     return ifTrue(def->write(true));
 }
 
@@ -166,12 +169,12 @@ Result unzipDrivers(const std::string& dir)
     return ifTrue(def && def->unzipDrivers(dir + "/out"));
 }
 
-Result build(const std::string& dir, const std::string& name, bool overwrite)
+Result build(const std::string& dir, const std::string& name)
 {
     const Utils::Attributes attributes = {{"key", "value"}};
     return ifTrue(Utils::writeHDF(dir + "/" + name,
-                                  {{dir + "/in/a.bit", Types::BIT}, {dir + "/in/b.elf", Types::ELF}},
-                                  overwrite, {{dir + "/in/a.bit", attributes}}, attributes));
+                                  {{dir + "/in/a.bit", Types::BIT}, {dir + "/in/b.elf", Types::ELF}}, true,
+                                  {{dir + "/in/a.bit", attributes}}, attributes));
 }
 
 Result merge(const std::string& dir)
@@ -226,8 +229,8 @@ std::vector<Operation> writingOperations()
          [](auto& dir) { return exportTo(dir, "out.dsa"); }},
         {"exportToDirectory", [](auto& dir) { writeDesignAnd(dir, "out/a.bit", "old content of a"); },
          [](auto& dir) { return exportTo(dir, "out"); }},
-        {"buildNew", writeInputs, [](auto& dir) { return build(dir, "new.hdf", false); }},
-        {"buildOver", writeDesign, [](auto& dir) { return build(dir, "design.hdf", true); }},
+        {"buildNew", writeInputs, [](auto& dir) { return build(dir, "new.hdf"); }},
+        {"buildOver", writeDesign, [](auto& dir) { return build(dir, "design.hdf"); }},
         {"merge",
          [](auto& dir) {
              writeDesign(dir);
