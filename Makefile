@@ -4,12 +4,15 @@ PRESET ?= $(if $(CI),ci,release)
 JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 LOG := build/$(PRESET).configure.log
+BENCH := build/bench
+BENCH_RUN = python3 benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
+    --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan build debug packages configure clean
+.PHONY: help demo test asan build debug bench bench-smoke bench-build packages configure clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z][a-z-]*\):.*## /\1|/p' $(MAKEFILE_LIST) | while IFS='|' read -r name what; do \
-	    printf '  make %-9s %s\n' "$$name" "$$what"; done
+	    printf '  make %-11s %s\n' "$$name" "$$what"; done
 
 demo: configure ## Build containers from real design files, open, check and damage them
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target examples
@@ -26,6 +29,20 @@ build: configure ## Build the library, the examples and the tests (PRESET=releas
 
 debug: ## Build all without optimisation
 	@$(MAKE) --no-print-directory build PRESET=debug
+
+bench: bench-build ## Measure everything against other tools and write docs/performance.md (half an hour)
+	@$(BENCH_RUN) --results $(BENCH)/results.json
+	@python3 benchmarks/tools/report.py $(BENCH)/results.json benchmarks/performance.md.in docs/performance.md
+
+bench-smoke: bench-build ## Run every benchmark once on a small corpus; only results are judged
+	@$(BENCH_RUN) --small --results $(BENCH)/smoke.json
+	@python3 benchmarks/tools/report.py $(BENCH)/smoke.json benchmarks/performance.md.in $(BENCH)/smoke.md >/dev/null
+
+bench-build: packages
+	@sh packaging/install-packages.sh packaging/benchmark-packages.txt
+	@cmake -S . -B $(BENCH) -G Ninja -DCMAKE_BUILD_TYPE=Release -DHWDEF_BUILD_BENCHMARKS=ON \
+	    -DHWDEF_BUILD_TESTS=OFF -DHWDEF_BUILD_EXAMPLES=OFF >/dev/null
+	@cmake --build $(BENCH) -j $(JOBS) --target benchmarks
 
 packages: ## Install the Debian packages that are missing
 	@sh packaging/install-packages.sh

@@ -166,8 +166,8 @@ constexpr Operation operations[] = {
 
 void addGrowth()
 {
-    const std::size_t large = sizes().back();
-    const std::size_t small = sizes()[sizes().size() - 2];
+    const std::size_t small = sizes()[1];
+    const std::size_t large = sizes()[2];
     for (const Operation& operation : operations) {
         compare(operation.name, std::to_string(small), 10 * operation.runs, [=] { return operation.make(small); });
         compare(operation.name, std::to_string(large), operation.runs, [=] { return operation.make(large); });

@@ -1,9 +1,9 @@
 #!/bin/sh
-# Installs the packages of debian-packages.txt that are missing; silent when none is.
+# Installs the packages of the given lists (debian-packages.txt) that are missing; silent when none is.
 set -eu
-list=$(dirname "$0")/debian-packages.txt
+[ $# -gt 0 ] || set -- "$(dirname "$0")/debian-packages.txt"
 missing=
-for package in $(sed -e 's/#.*//' "$list"); do
+for package in $(cat "$@" | sed -e 's/#.*//'); do
     status=$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null || true)
     [ "$status" = "install ok installed" ] || missing="$missing $package"
 done

@@ -27,8 +27,7 @@ void require(bool condition, const std::string& what);
 const std::string& workDir();
 /// True for a trial that only shows that everything works.
 bool isSmall();
-/// Numbers of members of the containers, smallest first; the last two are those that growth is
-/// measured between.
+/// Numbers of members of the three containers, smallest first.
 const std::vector<std::size_t>& sizes();
 /// The container of that many members, and the directory with its files.
 std::string manyContainer(std::size_t count);

@@ -68,6 +68,8 @@ def main(task, *arguments):
     print("elapsed", time.perf_counter() - start)
     if task == "open":
         print("entries", len(result[2]))
+    if task == "digest":
+        print(*(f"{name} {text}" for name, text in result.items()), sep="\n")
 
 
 if __name__ == "__main__":

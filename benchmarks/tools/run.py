@@ -12,6 +12,7 @@ import tempfile
 import time
 
 from contests import Contests
+from machine import describe
 from measure import Failed
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -50,10 +51,9 @@ def work_parent(small):
     return pathlib.Path(tempfile.gettempdir()), "disk"
 
 
-def in_process(arguments, work, wanted):
+def in_process(arguments, work, wanted, rounds):
     """The figures of the in-process comparisons, by workload and contestant."""
     out = work / "in-process.json"
-    rounds = arguments.rounds or (1 if arguments.small else 7)
     command = [arguments.bin / "bench_inprocess", f"--benchmark_repetitions={rounds}",
                "--benchmark_enable_random_interleaving=true", f"--benchmark_out={out}",
                "--benchmark_out_format=json"]
@@ -61,7 +61,8 @@ def in_process(arguments, work, wanted):
         command.append("--benchmark_filter=^(" + "|".join(wanted) + ")[/:]")
     environment = {**os.environ, "HWDEF_BENCH_DIR": str(work), "TMPDIR": str(work / "tmp"),
                    "HWDEF_BENCH_SMALL": "1" if arguments.small else ""}
-    subprocess.run(command, check=True, env=environment, stdout=subprocess.DEVNULL)
+    subprocess.run(command, check=True, env=environment, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
     figures = {}
     for run in json.loads(out.read_text())["benchmarks"] if out.stat().st_size else []:
         if run.get("error_occurred"):
@@ -79,8 +80,7 @@ def in_process(arguments, work, wanted):
     return figures
 
 
-def measure(arguments, work, results):
-    rounds = arguments.rounds or (1 if arguments.small else 7)
+def measure(arguments, work, results, rounds):
     wanted = [name for name in arguments.only.split(",") if name]
     contests = Contests(arguments.bin, work / "corpus", work, rounds)
     contests.prepare()
@@ -91,9 +91,7 @@ def measure(arguments, work, results):
         results[name] = run()
         print(f"{name}: {time.monotonic() - start:.1f} s", file=sys.stderr, flush=True)
     start = time.monotonic()
-    if not (arguments.bin / "bench_inprocess").exists():
-        return
-    results.update(in_process(arguments, work, wanted))
+    results.update(in_process(arguments, work, wanted, rounds))
     print(f"in-process: {time.monotonic() - start:.1f} s", file=sys.stderr, flush=True)
 
 
@@ -104,14 +102,15 @@ def main():
     results = json.loads(arguments.results.read_text()) if arguments.only and arguments.results.exists() else {}
     source = corpus(arguments.cache, arguments.built, arguments.small)
     parent, kind = work_parent(arguments.small)
-    results["work files"] = kind
+    rounds = arguments.rounds or (1 if arguments.small else 7)
+    results["machine"] = describe(kind, rounds)
     with tempfile.TemporaryDirectory(prefix="hwdef-bench-", dir=parent) as name:
         work = pathlib.Path(name)
         (work / "tmp").mkdir()
         os.environ["TMPDIR"] = str(work / "tmp")
         shutil.copytree(source, work / "corpus", copy_function=shutil.copyfile)
         try:
-            measure(arguments, work, results)
+            measure(arguments, work, results, rounds)
         except Failed as error:
             sys.exit(f"failed: {error}")
         finally:
