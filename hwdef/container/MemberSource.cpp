@@ -9,6 +9,7 @@
 #include "hwdef/model/HHDFHwDefImp.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HUTCoreContainer.h"
+#include "platform/KeyedHash.h"
 
 namespace {
 
@@ -101,7 +102,7 @@ private:
     MemberOutput& output_;
     const std::string bomPlace_;
     SourceArchives archives_;
-    std::unordered_map<std::string, MemberEntry> taken_;
+    std::unordered_map<std::string, MemberEntry, platform::KeyedHash> taken_;
 };
 
 }  // namespace

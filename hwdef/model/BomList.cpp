@@ -2,19 +2,19 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <set>
 #include <string>
 #include <unordered_map>
 
 #include "hwdef/model/NameIndex.h"
 #include "platform/HSTStringUtils.h"
+#include "platform/KeyedHash.h"
 
 namespace {
 
 std::uint32_t hashOf(std::string_view text)
 {
-    const std::uint64_t hash = std::hash<std::string_view>()(text);
+    const std::uint64_t hash = platform::KeyedHash()(text);
     return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
 
@@ -89,7 +89,7 @@ public:
     NameIndex<AnyCaseWithoutSrcDb> withoutSrcDb;
     // Slots whose source database became empty again after that index may have dropped them, by
     // folded name. A slot here that is taken is dropped when a lookup comes across it.
-    std::unordered_map<std::string, std::set<std::uint32_t>> reopened;
+    std::unordered_map<std::string, std::set<std::uint32_t>, platform::KeyedHash> reopened;
 };
 
 BomList::BomList() : impl_(std::make_unique<Impl>()) {}

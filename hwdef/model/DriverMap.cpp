@@ -4,6 +4,8 @@
 #include <boost/container_hash/hash.hpp>
 #include <utility>
 
+#include "platform/KeyedHash.h"
+
 namespace {
 
 /// A list below this length is walked: most drivers have few files, and an index costs memory.
@@ -61,9 +63,9 @@ std::size_t DriverMap::PlaceHash::operator()(std::uint32_t place) const
 {
     const HHDFHwDefDriver& record = (*list)[place];
     std::size_t hash = 0;
-    boost::hash_combine(hash, std::hash<std::string>()(record.filePath_));
-    boost::hash_combine(hash, std::hash<std::string>()(record.relativeName_));
-    boost::hash_combine(hash, std::hash<std::string>()(record.hwDefFilePath_));
+    boost::hash_combine(hash, platform::KeyedHash()(record.filePath_));
+    boost::hash_combine(hash, platform::KeyedHash()(record.relativeName_));
+    boost::hash_combine(hash, platform::KeyedHash()(record.hwDefFilePath_));
     return hash;
 }
 

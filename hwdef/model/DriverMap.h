@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "hwdef/model/HHDFHwDefDriver.h"
+#include "platform/KeyedHash.h"
 
 /// Driver name to its files in insertion order, with an index that answers "is this file already
 /// there" without a walk.
@@ -45,5 +46,5 @@ private:
     Places& placesOf(const std::string& name, const Files& list);
 
     std::map<std::string, Files> files_;
-    std::unordered_map<std::string, Places> places_;  // of the long lists that were added to
+    std::unordered_map<std::string, Places, platform::KeyedHash> places_;  // of the long lists that were added to
 };

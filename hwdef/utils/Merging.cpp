@@ -3,8 +3,11 @@
 
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "platform/ComMsgMgr.h"
+#include "platform/KeyedHash.h"
 
 namespace {
+
+using Keys = std::unordered_set<std::string, platform::KeyedHash>;
 
 /// Appends a text so that no two lists of texts give the same key: each with its length in front.
 void appendTo(std::string& key, const std::string& text)
@@ -65,7 +68,7 @@ void addAttributes(HHDFHwDef& merged, const HHDFHwDef& def)
 
 /// Adds the entries that `present`, the keys of the merged list, doesn't hold; all of them when
 /// `isFirst` is set.
-void addFiles(HHDFHwDef& merged, const HHDFHwDef& def, bool isFirst, std::unordered_set<std::string>& present)
+void addFiles(HHDFHwDef& merged, const HHDFHwDef& def, bool isFirst, Keys& present)
 {
     std::vector<HHDFHwDefFile*> files;
     def.getBomFiles(files);
@@ -108,7 +111,7 @@ std::unique_ptr<HHDFHwDef> HHDFHwDefUtils::getMrgdHDF(const std::vector<HHDFHwDe
         }
         return merged;
     }
-    std::unordered_set<std::string> present;
+    Keys present;
     bool isFirst = true;
     for (const HHDFHwDef* def : definitions) {
         if (def == nullptr) {

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "platform/ArchiveDigest.h"
+#include "platform/KeyedHash.h"
 #include "platform/ReplacementFile.h"
 #include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/EntryHeaders.h"
@@ -25,11 +26,6 @@ struct Added {
     std::uint64_t end = 0;
     std::size_t record = 0;
     std::size_t recordSize = 0;
-};
-
-struct NameHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
 };
 
 }  // namespace
@@ -59,7 +55,7 @@ private:
     std::string directory_;                       ///< the records, dropped ones included
     std::map<std::size_t, std::size_t> dropped_;  ///< position and size of records in `directory_`
     std::pmr::monotonic_buffer_resource memory_;  ///< of `added_`, which never shrinks
-    std::pmr::unordered_map<std::pmr::string, Added, NameHash, std::equal_to<>> added_{&memory_};
+    std::pmr::unordered_map<std::pmr::string, Added, platform::KeyedHash, std::equal_to<>> added_{&memory_};
     std::unique_ptr<MemberWriter> files_;
     std::unique_ptr<MemberCopier> members_;
 };
