@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <vector>
 
+#include "platform/CryptoErrorMark.h"
+
 namespace platform {
 
 namespace {
@@ -30,8 +32,10 @@ struct ArchiveDigest::Context {
     std::unique_ptr<EVP_MD_CTX, Free> evp{EVP_MD_CTX_new()};
 };
 
-ArchiveDigest::ArchiveDigest() : context_(std::make_unique<Context>())
+ArchiveDigest::ArchiveDigest()
 {
+    const CryptoErrorMark mark;
+    context_ = std::make_unique<Context>();
     require(context_->evp ? EVP_DigestInit_ex(context_->evp.get(), EVP_sha256(), nullptr) : 0);
 }
 
@@ -39,12 +43,14 @@ ArchiveDigest::~ArchiveDigest() = default;
 
 void ArchiveDigest::add(std::string_view bytes)
 {
+    const CryptoErrorMark mark;
     require(EVP_DigestUpdate(context_->evp.get(), bytes.data(), bytes.size()));
 }
 
 std::string ArchiveDigest::finish()
 {
     constexpr char hexDigits[] = "0123456789abcdef";
+    const CryptoErrorMark mark;
     std::array<unsigned char, DIGITS / 2> digest = {};
     require(EVP_DigestFinal_ex(context_->evp.get(), digest.data(), nullptr));
     std::string digits;
