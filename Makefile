@@ -8,7 +8,7 @@ BENCH := build/bench
 BENCH_RUN = python3 benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan build debug bench bench-smoke bench-build packages configure clean
+.PHONY: help demo test asan tsan soak build debug bench bench-smoke bench-build packages configure clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z][a-z-]*\):.*## /\1|/p' $(MAKEFILE_LIST) | while IFS='|' read -r name what; do \
@@ -23,6 +23,15 @@ test: build ## Build and run every test
 
 asan: ## Build and run every test under the address and undefined-behaviour sanitizers
 	@$(MAKE) --no-print-directory test PRESET=asan
+
+tsan: ## Run the tests with threads under the thread sanitizer
+	@$(MAKE) --no-print-directory configure PRESET=tsan
+	@cmake --build --preset tsan -j $(JOBS) --target tests_platform tests_reliability
+	cd build/tsan && ctest --output-on-failure -j $(JOBS) -R '^(Threads|ComMsgMgr|HPAParamMgr|HUTEnv)\.'
+
+soak: configure ## Open 100,000 and write 10,000 times in one process, which must not grow
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target tests_reliability
+	HWDEF_SOAK_OPENS=100000 HWDEF_SOAK_WRITES=10000 $(BUILD)/tests/tests_reliability --gtest_filter='Soak.*'
 
 build: configure ## Build the library, the examples and the tests (PRESET=release)
 	@cmake --build --preset $(PRESET) -j $(JOBS)
