@@ -190,15 +190,19 @@ protected:
 
     unsigned runOnce(unsigned nth, allocations::Failing failing)
     {
-        const Aftermath::Outcome outcome =
-            aftermath_.run([&] { allocations::fail(nth, failing); }, [&] { made_ = allocations::stop(); });
-        aftermath_.expectOldOrNew(outcome);
-        reported_ += outcome.isReported() ? 1 : 0;
-        return made_;
+        unsigned made = 0;
+        const std::ptrdiff_t blocks = allocations::blocks();
+        {
+            const Aftermath::Outcome outcome =
+                aftermath_.run([&] { allocations::fail(nth, failing); }, [&] { made = allocations::stop(); });
+            aftermath_.expectOldOrNew(outcome);
+            reported_ += outcome.isReported() ? 1 : 0;
+        }
+        leaked_ = allocations::blocks() - blocks;
+        return made;
     }
 
     Aftermath aftermath_{GetParam()};
-    unsigned made_ = 0;
     unsigned reported_ = 0;
     unsigned allocations_ = 0;
     std::ptrdiff_t leaked_ = 0;
