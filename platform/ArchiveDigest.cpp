@@ -1,11 +1,11 @@
 #include "platform/ArchiveDigest.h"
+#include "platform/Buffer.h"
 
 #include <openssl/evp.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <vector>
 
 #include "platform/CryptoErrorMark.h"
 
@@ -64,7 +64,7 @@ std::string ArchiveDigest::finish()
 std::string ArchiveDigest::ofFile(const File& file, std::uint64_t sizeBytes)
 {
     ArchiveDigest digest;
-    std::vector<char> buffer(bufferBytes);
+    Buffer buffer(bufferBytes);
     for (std::uint64_t done = 0; done < sizeBytes;) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(bufferBytes, sizeBytes - done));
         if (file.readAt(buffer.data(), wanted, done) < wanted) {

@@ -1,3 +1,4 @@
+#include "platform/Buffer.h"
 #include "platform/File.h"
 
 #include <string.h>  // strerrordesc_np
@@ -5,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <utility>
-#include <vector>
 
 #include "platform/SystemCalls.h"
 
@@ -49,7 +49,7 @@ bool needsPlainCopy(int error)
 void copyThroughBuffer(const File& from, const File& to, std::uint64_t size, std::uint64_t fromOffset,
                        std::uint64_t toOffset)
 {
-    std::vector<char> buffer(static_cast<std::size_t>(std::min<std::uint64_t>(size, copyBufferBytes)));
+    Buffer buffer(static_cast<std::size_t>(std::min<std::uint64_t>(size, copyBufferBytes)));
     while (size > 0) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, buffer.size()));
         const std::size_t got = from.readAt(buffer.data(), wanted, fromOffset);

@@ -1,3 +1,4 @@
+#include "platform/Buffer.h"
 #include "platform/HUTCoreContainer.h"
 
 #include <fcntl.h>
@@ -6,7 +7,6 @@
 #include <boost/filesystem/path.hpp>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "platform/HUTFile.h"
 #include "platform/ReplacementFile.h"
@@ -88,7 +88,7 @@ const zip::Entry& findMember(const zip::ArchiveReader& archive, const std::strin
 void checkOverwrite(const std::string& to, const std::optional<InArchive>& place)
 {
     const bool exists =
-        place ? zip::ArchiveReader(place->archive).find(place->member) != nullptr : HUTFile(to).exists();
+        place ? zip::ArchiveReader(place->archive).find(place->member) != nullptr : HUTFile(to).mayExist();
     if (exists) {
         throw CopyError(to + ": exists already and must not be replaced");
     }
@@ -118,7 +118,7 @@ void copyOut(const InArchive& from, const std::string& to)
     zip::MemberReader member(archive, findMember(archive, from.member));
     makeParent(to);
     platform::ReplacementFile target(to);
-    std::vector<char> buffer(bufferBytes);
+    platform::Buffer buffer(bufferBytes);
     while (const std::size_t got = member.read(buffer.data(), buffer.size())) {
         target.file().write(buffer.data(), got);
     }

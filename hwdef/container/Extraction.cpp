@@ -2,8 +2,8 @@
 
 #include <fcntl.h>
 
-#include <vector>
 
+#include "platform/Buffer.h"
 #include "platform/iostreams/MemberReader.h"
 
 namespace {
@@ -16,7 +16,7 @@ void streamMember(const iostreams::zip::ArchiveReader& archive, const iostreams:
                   const platform::File& target)
 {
     iostreams::zip::MemberReader content(archive, entry);
-    std::vector<char> buffer(bufferBytes);
+    platform::Buffer buffer(bufferBytes);
     while (const std::size_t count = content.read(buffer.data(), buffer.size())) {
         target.write(buffer.data(), count);
     }
@@ -25,7 +25,7 @@ void streamMember(const iostreams::zip::ArchiveReader& archive, const iostreams:
 void checkMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry)
 {
     iostreams::zip::MemberReader content(archive, entry);
-    std::vector<char> buffer(bufferBytes);
+    platform::Buffer buffer(bufferBytes);
     while (content.read(buffer.data(), buffer.size()) > 0) {
     }
 }

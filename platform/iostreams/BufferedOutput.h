@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <limits>
 #include <string_view>
-#include <vector>
 
+#include "platform/Buffer.h"
 #include "platform/File.h"
 
 namespace iostreams::zip {
@@ -48,7 +48,7 @@ private:
     std::uint64_t limit_;
     std::uint64_t flushed_;  ///< position of the buffer's first byte
     std::size_t used_ = 0;
-    std::vector<char> buffer_;
+    platform::Buffer buffer_;
 };
 
 }  // namespace iostreams::zip

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
+#include "platform/Buffer.h"
 #include "platform/iostreams/ArchiveReader.h"
 #include "platform/iostreams/NewMember.h"
 
@@ -37,7 +37,7 @@ private:
     std::uint64_t windowOwner_ = 0;  ///< serial of the archive whose bytes the window holds
     std::uint64_t windowOffset_ = 0;
     std::size_t windowSize_ = 0;
-    std::vector<char> window_;
+    platform::Buffer window_;
 };
 
 }  // namespace iostreams::zip

@@ -84,7 +84,7 @@ void MemberWriter::openBytes(std::string_view content, std::string name)
 {
     assert(content.size() <= CHUNK_BYTES);
     begin(std::move(name));
-    std::copy(content.begin(), content.end(), chunk_.begin());
+    std::copy(content.begin(), content.end(), chunk_.data());
     packWhole({chunk_.data(), content.size()});
 }
 

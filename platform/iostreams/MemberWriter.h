@@ -1,8 +1,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
+#include "platform/Buffer.h"
 #include "platform/iostreams/Deflater.h"
 #include "platform/iostreams/NewMember.h"
 
@@ -48,7 +48,7 @@ private:
     std::string name_;
     platform::File source_;  ///< open when the content is larger than a chunk
     Entry entry_;            ///< of the member as far as it is known
-    std::vector<char> chunk_;
+    platform::Buffer chunk_;
     std::string packed_;     ///< a small member's data when deflated
     std::string_view data_;  ///< a small member's data, in `chunk_` or `packed_`
     std::string header_;
