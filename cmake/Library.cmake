@@ -26,10 +26,3 @@ target_link_libraries(hwdef
 add_library(hwdef_static STATIC EXCLUDE_FROM_ALL)
 target_compile_definitions(hwdef_static PUBLIC HWDEF_STATIC)
 target_link_libraries(hwdef_static PUBLIC hwdef_objects hwdef_options ${HWDEF_LINKED})
-
-# Boost's SHA-1 is header code whose rounds run 2.6 times as fast when unrolled; the
-# parameters are this compiler's own.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  set_source_files_properties(${PROJECT_SOURCE_DIR}/hwdef/container/Sha1.cpp PROPERTIES COMPILE_OPTIONS
-    "-O3;--param;max-completely-peel-times=100;--param;max-completely-peeled-insns=2000")
-endif()

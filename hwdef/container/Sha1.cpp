@@ -1,74 +1,92 @@
 #include "hwdef/container/Sha1.h"
 
+#include <openssl/evp.h>
+
 #include <array>
-#include <boost/static_assert.hpp>
-#include <boost/throw_exception.hpp>
-#include <boost/uuid/uuid.hpp>
-#include <cstdint>
+#include <boost/endian/conversion.hpp>
+#include <limits>
 #include <stdexcept>
-#include <type_traits>
 
-// The header is a set of inline functions that this file alone is compiled for (see the build's flags
-// for it). Under their own names another copy of them, compiled without these flags, could take
-// their place at link time; so they get names and visibility that no other copy has.
-#define sha1 hwdefOwnSha1
-#define left_rotate hwdefOwnLeftRotate
-#pragma GCC visibility push(hidden)
-#include <boost/uuid/detail/sha1.hpp>
-#pragma GCC visibility pop
-#undef left_rotate
-#undef sha1
-
-using BoostSha1 = boost::uuids::detail::hwdefOwnSha1;
+#include "platform/CryptoErrorMark.h"
+#include "platform/HEXAll.h"
 
 namespace {
 
-using Words = std::array<std::uint32_t, 5>;
+constexpr std::size_t wordBytes = 4;
+/// A SHA-1 takes less than 2^64 bits.
+constexpr std::uint64_t mostBytes = std::numeric_limits<std::uint64_t>::max() / 8;
 
-/// The five words of a digest, which older versions of Boost give as words and newer ones as the
-/// twenty bytes of these words, the highest byte first.
-template <typename Digest>
-Words wordsOf(const Digest& digest)
+void require(int result)
 {
-    Words words = {};
-    static_assert(sizeof digest == sizeof words);
-    constexpr std::size_t partsPerWord = std::extent_v<Digest> / Words().size();
-    for (std::size_t i = 0; i < std::extent_v<Digest>; ++i) {
-        // A whole word must not be shifted by its own width.
-        std::uint32_t& word = words[i / partsPerWord];
-        word = (partsPerWord == 1 ? 0 : word << 8) | digest[i];
+    if (result != 1) {
+        throw HEXAll("libcrypto can't compute a SHA-1");
     }
-    return words;
 }
 
 }  // namespace
 
 class Sha1::Engine {
 public:
-    BoostSha1 sha1;
+    Engine() { start(); }
+
+    void start()
+    {
+        require(context_ && algorithm_ ? EVP_DigestInit_ex(context_.get(), algorithm_.get(), nullptr) : 0);
+    }
+    void add(const void* bytes, std::size_t count)
+    {
+        require(EVP_DigestUpdate(context_.get(), bytes, count));
+    }
+    std::array<unsigned char, 5 * wordBytes> finish()
+    {
+        std::array<unsigned char, 5 * wordBytes> digest = {};
+        require(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr));
+        return digest;
+    }
+
+private:
+    struct Free {
+        void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+        void operator()(EVP_MD* algorithm) const { EVP_MD_free(algorithm); }
+    };
+
+    // Looked up once: a start with the name alone looks it up each time, which small files would feel.
+    std::unique_ptr<EVP_MD, Free> algorithm_{EVP_MD_fetch(nullptr, "SHA1", nullptr)};
+    std::unique_ptr<EVP_MD_CTX, Free> context_{EVP_MD_CTX_new()};
 };
 
-Sha1::Sha1() : engine_(std::make_unique<Engine>()) {}
+Sha1::Sha1()
+{
+    const platform::CryptoErrorMark mark;
+    engine_ = std::make_unique<Engine>();
+}
 
 Sha1::~Sha1() = default;
 
 void Sha1::add(const void* bytes, std::size_t count)
 {
-    engine_->sha1.process_bytes(bytes, count);
+    if (count > mostBytes - bytesTaken_) {
+        throw std::runtime_error("sha1 too many bytes");
+    }
+    const platform::CryptoErrorMark mark;
+    engine_->add(bytes, count);
+    bytesTaken_ += count;
 }
 
 void Sha1::reset()
 {
-    engine_->sha1.reset();
+    const platform::CryptoErrorMark mark;
+    engine_->start();
+    bytesTaken_ = 0;
 }
 
 std::string Sha1::finish()
 {
-    BoostSha1::digest_type digest;
-    engine_->sha1.get_digest(digest);
+    const platform::CryptoErrorMark mark;
+    const auto digest = engine_->finish();
     std::string text;
-    for (const std::uint32_t word : wordsOf(digest)) {
-        text += std::to_string(word);
+    for (std::size_t i = 0; i < digest.size(); i += wordBytes) {
+        text += std::to_string(boost::endian::load_big_u32(digest.data() + i));
     }
     reset();
     return text;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -12,7 +13,7 @@ public:
     Sha1(const Sha1&) = delete;
     Sha1& operator=(const Sha1&) = delete;
 
-    /// Takes more bytes. std::runtime_error beyond 2^64 bits.
+    /// Takes more bytes. std::runtime_error ("sha1 too many bytes") beyond 2^64 bits.
     void add(const void* bytes, std::size_t count);
     /// Forgets all bytes taken.
     void reset();
@@ -23,4 +24,5 @@ public:
 private:
     class Engine;
     std::unique_ptr<Engine> engine_;
+    std::uint64_t bytesTaken_ = 0;
 };
