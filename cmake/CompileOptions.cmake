@@ -25,3 +25,8 @@ if(HWDEF_SANITIZE)
     -fsanitize=${HWDEF_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(hwdef_options INTERFACE -fsanitize=${HWDEF_SANITIZE})
 endif()
+# The library tells the fuzzer which of its code an input reaches.
+if(HWDEF_FUZZ)
+  target_compile_options(hwdef_options INTERFACE -fsanitize=fuzzer-no-link
+    -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/tests/fuzz/ignored-findings.txt)
+endif()
