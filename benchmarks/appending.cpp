@@ -25,7 +25,8 @@ std::string containerOf(const std::string& name, std::size_t mibs)
             file << noise;
         }
         file.close();
-        require(HHDFHwDefUtils::writeHDF(path, {{source, HHDFHwDefFileTypes::BIT}}, true, {}, {}), "packing failed");
+        require(HHDFHwDefUtils::writeHDF(path, {{source, HHDFHwDefFileTypes::BIT}}, true, {}, {}),
+                "packing failed");
         std::filesystem::remove(source);
         require(std::filesystem::file_size(path) >= mibs * mib, "the container is too small");
     }
@@ -45,11 +46,13 @@ Task addTask(const std::string& name, std::size_t mibs)
     Task task;
     task.prepare = [=] { state->added = "added" + std::to_string(++number); };
     task.run = [=] {
-        require(HHDFHwDefUtils::writeFileToHDF(state->source, state->added, state->container), "adding failed");
+        require(HHDFHwDefUtils::writeFileToHDF(state->source, state->added, state->container),
+                "adding failed");
     };
     task.check = [=] {
         const LibzipArchive archive = openLibzip(state->container);
-        require(readLibzip(archive.get(), state->added) == readFile(state->source), "the added member differs");
+        require(readLibzip(archive.get(), state->added) == readFile(state->source),
+                "the added member differs");
     };
     return task;
 }

@@ -38,8 +38,10 @@ Task sha1Task(std::string (*digest)(const std::string&))
     const auto state = std::make_shared<State>();
     Task task;
     task.run = [=] { state->found = digest(state->bytes); };
-    task.check = [=] { require(byLibrary(state->bytes) == byBoost(state->bytes) &&
-                               state->found == byBoost(state->bytes), "the digests differ"); };
+    task.check = [=] {
+        require(byLibrary(state->bytes) == byBoost(state->bytes) && state->found == byBoost(state->bytes),
+                "the digests differ");
+    };
     task.bytes = static_cast<std::int64_t>(state->bytes.size());
     return task;
 }

@@ -1,7 +1,7 @@
 // The library's side of the whole-process comparisons: one task a run, as a tool would do it.
 //
-// Prints one line "name value" for each of: elapsed and cpu (seconds of the task itself, without the
-// start of the process), peak (KiB of memory, of the whole process), and what the task has to tell.
+// Prints one line "name value" for each of: elapsed and task_cpu (seconds of the task itself, without
+// the start of the process), peak (KiB of memory, of the whole process), and what the task has to tell.
 
 #include <sys/resource.h>
 
@@ -73,7 +73,7 @@ void timed(const std::function<void()>& task)
     const double cpu = cpuSeconds();
     const double wall = wallSeconds();
     task();
-    std::cout << "elapsed " << wallSeconds() - wall << "\ncpu " << cpuSeconds() - cpu << "\n";
+    std::cout << "elapsed " << wallSeconds() - wall << "\ntask_cpu " << cpuSeconds() - cpu << "\n";
 }
 
 /// pack CONTAINER DIR...
@@ -134,7 +134,8 @@ void append(const Arguments& arguments)
     timed([&] {
         const double start = wallSeconds();
         for (const auto& [path, type] : files) {
-            require(HHDFHwDefUtils::writeFileToHDF(path, bench::nameOf(path), arguments[0]), "adding " + path);
+            require(HHDFHwDefUtils::writeFileToHDF(path, bench::nameOf(path), arguments[0]),
+                    "adding " + path);
             ends.push_back(wallSeconds() - start);
         }
     });

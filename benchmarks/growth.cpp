@@ -102,7 +102,8 @@ Task stripTask(std::size_t count)
         for (const HHDFHwDefFile* file : filesIn(*opened(count))) {
             expected += file->getFileType() != HHDFHwDefFileTypes::BD_TCL;
         }
-        require(expected < count && filesIn(**definition).size() == expected, "another number of files is left");
+        require(expected < count && filesIn(**definition).size() == expected,
+                "another number of files is left");
     };
     return task;
 }
@@ -169,7 +170,8 @@ void addGrowth()
     const std::size_t small = sizes()[1];
     const std::size_t large = sizes()[2];
     for (const Operation& operation : operations) {
-        compare(operation.name, std::to_string(small), 10 * operation.runs, [=] { return operation.make(small); });
+        compare(operation.name, std::to_string(small), 10 * operation.runs,
+                [=] { return operation.make(small); });
         compare(operation.name, std::to_string(large), operation.runs, [=] { return operation.make(large); });
     }
 }

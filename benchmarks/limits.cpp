@@ -59,8 +59,10 @@ Task memcpyTask()
                 target += content.size();
             }
         },
-        [=] { require(copy->starts_with(corpus->contents.front()) && copy->ends_with(corpus->contents.back()),
-                      "the copy differs"); });
+        [=] {
+            require(copy->starts_with(corpus->contents.front()) && copy->ends_with(corpus->contents.back()),
+                    "the copy differs");
+        });
 }
 
 Task readTask()
@@ -84,7 +86,7 @@ Task readTask()
 }
 
 /// One file per member, as an export makes them.
-Task copyTask()
+Task writeTask()
 {
     const auto corpus = std::make_shared<Corpus>();
     const std::string dir = workDir() + "/limits";
@@ -131,7 +133,7 @@ void addLimits()
 {
     compare("limits", "memcpy", 5, memcpyTask);
     compare("limits", "page-cache read", 5, readTask);
-    compare("limits", "page-cache write", 5, copyTask);
+    compare("limits", "page-cache write", 5, writeTask);
     compare("limits", "SHA-1", 2, sha1Task);
 }
 

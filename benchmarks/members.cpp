@@ -25,7 +25,8 @@ std::string readByMinizip(const std::string& path, const std::string& member)
 {
     const std::unique_ptr<void, decltype(&unzClose)> archive(unzOpen64(path.c_str()), &unzClose);
     constexpr int caseSensitive = 1;
-    require(unzLocateFile(archive.get(), member.c_str(), caseSensitive) == UNZ_OK, "minizip has no such member");
+    require(unzLocateFile(archive.get(), member.c_str(), caseSensitive) == UNZ_OK,
+            "minizip has no such member");
     unz_file_info64 info;
     unzGetCurrentFileInfo64(archive.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0);
     std::string content(info.uncompressed_size, '\0');

@@ -161,7 +161,8 @@ Task openTask(std::size_t count)
         require((*definition)->getBomFiles(files) == count, "another number of files");
         for (std::size_t i = 0; i < count; ++i) {
             require(files[i]->getFileName() == nameOf(expected[i].first), "another file name");
-            require(files[i]->getFileAttrs().size() == (i % 4 == 0 ? 1u : 0u), "another number of attributes");
+            require(files[i]->getFileAttrs().size() == (i % 4 == 0 ? 1u : 0u),
+                    "another number of attributes");
         }
     };
     return task;
@@ -173,8 +174,10 @@ void addOpening()
     for (const auto& [workload, count, runs] :
          {std::tuple("open/medium", sizes()[1], 20), std::tuple("open/large", sizes()[2], 3)}) {
         compare(workload, "hwdef", runs, [count = count] { return openTask(count); });
-        compare(workload, "libzip + libxml2 tree", runs, [count = count] { return plainTask(count, parseTree); });
-        compare(workload, "libzip + libxml2 events", runs, [count = count] { return plainTask(count, parseEvents); });
+        compare(workload, "libzip + libxml2 tree", runs,
+                [count = count] { return plainTask(count, parseTree); });
+        compare(workload, "libzip + libxml2 events", runs,
+                [count = count] { return plainTask(count, parseEvents); });
     }
 }
 

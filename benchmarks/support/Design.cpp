@@ -28,9 +28,8 @@ constexpr std::array<SuffixType, 6> types = {{
 
 Types::HWHFileType typeOf(const std::filesystem::path& path)
 {
-    const auto* const found = std::find_if(types.begin(), types.end(), [&](const SuffixType& type) {
-        return path.extension() == type.suffix;
-    });
+    const auto* const found = std::find_if(
+        types.begin(), types.end(), [&](const SuffixType& type) { return path.extension() == type.suffix; });
     return found == types.end() ? Types::PARTIAL_BIT : found->type;
 }
 

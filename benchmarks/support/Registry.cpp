@@ -44,9 +44,10 @@ std::vector<std::size_t> readSizes()
 
 void compare(const std::string& workload, const std::string& contestant, int runs, std::function<Task()> make)
 {
-    benchmark::RegisterBenchmark((workload + ":" + contestant).c_str(), [make](benchmark::State& state) {
-        runTask(state, make);
-    })->Iterations(isSmall() ? 1 : runs)->UseRealTime();
+    benchmark::RegisterBenchmark((workload + ":" + contestant).c_str(),
+                                 [make](benchmark::State& state) { runTask(state, make); })
+        ->Iterations(isSmall() ? 1 : runs)
+        ->UseRealTime();
 }
 
 void require(bool condition, const std::string& what)

@@ -12,13 +12,14 @@ namespace bench {
 struct Task {
     std::function<void()> prepare;  ///< before every run; may be empty
     std::function<void()> run;
-    std::function<void()> check;    ///< after the last run; throws when the result isn't right
-    std::int64_t bytes = 0;         ///< that one run works on, for a throughput; 0 for none
+    std::function<void()> check;  ///< after the last run; throws when the result isn't right
+    std::int64_t bytes = 0;       ///< that one run works on, for a throughput; 0 for none
 };
 
 /// Registers a task as "workload:contestant". `make` is called once a repetition, untimed; the task is
 /// then run `runs` times (once in a small trial).
-void compare(const std::string& workload, const std::string& contestant, int runs, std::function<Task()> make);
+void compare(const std::string& workload, const std::string& contestant, int runs,
+             std::function<Task()> make);
 
 /// Throws std::runtime_error with `what` unless the condition holds.
 void require(bool condition, const std::string& what);

@@ -168,7 +168,8 @@ class Contests:
         whole = hashlib.sha1()
         with zipfile.ZipFile(container) as archive:
             for info in archive.infolist():
-                whole.update(archive.read(info) if info.filename in BOM_NAMES else files[info.filename].read_bytes())
+                name = info.filename
+                whole.update(archive.read(name) if name in BOM_NAMES else files[name].read_bytes())
         def check_for(expected):
             def check(figures):
                 lines = [line.split(" ") for line in figures["output"].splitlines()]
@@ -187,14 +188,15 @@ class Contests:
 
     def append(self):
         out = self.work / "appended.zip"
-        expected = files_of(self.corpus / "added")
+        added = self.corpus / "added"
+        expected = files_of(added)
         def appender(name, *command):
             return Contestant(name, command, self.fresh(out),
                               self.archive_check(("append", name), out, expected))
         return contest([
-            appender("hwdef", self.driver, "append", out, self.corpus / "added"),
-            appender("python append (level 1)", PYTHON, PEERS, "append", out, self.corpus / "added", "deflated"),
-            appender("python append (stored)", PYTHON, PEERS, "append", out, self.corpus / "added", "stored"),
+            appender("hwdef", self.driver, "append", out, added),
+            appender("python append (level 1)", PYTHON, PEERS, "append", out, added, "deflated"),
+            appender("python append (stored)", PYTHON, PEERS, "append", out, added, "stored"),
         ], self.rounds)
 
     def memory_big(self):
@@ -207,10 +209,11 @@ class Contests:
             def check(_):
                 if not self.once(("big", name)):
                     return
-                with zipfile.ZipFile(out) as archive, archive.open("image.bit") as member, open(image, "rb") as file:
-                    while piece := file.read(1 << 20):
-                        require(member.read(len(piece)) == piece, f"the image of {name} differs")
-                    require(not member.read(1), f"the image of {name} is too long")
+                with zipfile.ZipFile(out) as archive, archive.open("image.bit") as member:
+                    with open(image, "rb") as file:
+                        while piece := file.read(1 << 20):
+                            require(member.read(len(piece)) == piece, f"the image of {name} differs")
+                        require(not member.read(1), f"the image of {name} is too long")
             return check
         sha1 = hashlib.sha1()
         with open(image, "rb") as file:
@@ -220,8 +223,10 @@ class Contests:
         def same_digest(figures):
             require(text in figures["output"].splitlines(), "the image's digest differs from hashlib's")
         return contest([
-            Contestant("pack", [self.driver, "pack", out, image.parent], self.fresh(out), same_archive("pack")),
-            Contestant("export", [self.driver, "export", container, out], self.fresh(out, directory=True), same_file),
+            Contestant("pack", [self.driver, "pack", out, image.parent], self.fresh(out),
+                       same_archive("pack")),
+            Contestant("export", [self.driver, "export", container, out],
+                       self.fresh(out, directory=True), same_file),
             Contestant("digest", [self.driver, "digest", container], self.fresh(out), same_digest),
             Contestant("copy", [self.driver, "copy", "image.bit", container, out], self.fresh(out),
                        same_archive("copy")),

@@ -5,8 +5,8 @@ import platform
 import re
 import subprocess
 
-PACKAGES = ["libarchive-tools", "coreutils", "zip", "unzip", "p7zip-full", "python3", "libzip4", "libminizip1", "libxml2",
-            "libboost-dev", "libisal2", "libssl3", "libpugixml1v5"]
+PACKAGES = ["libarchive-tools", "coreutils", "zip", "unzip", "p7zip-full", "python3", "libzip4",
+            "libminizip1", "libxml2", "libboost-dev", "libisal2", "libssl3", "libpugixml1v5"]
 
 
 def first_line(command):

@@ -29,7 +29,7 @@ def run(command, cwd=None):
     figures = {"wall": wall, "cpu": usage.ru_utime + usage.ru_stime, "output": text}
     for line in text.splitlines():
         words = line.split()
-        if len(words) == 2 and words[0] in ("elapsed", "peak", "first", "last", "entries"):
+        if len(words) == 2 and words[0] in ("elapsed", "task_cpu", "peak", "first", "last", "entries"):
             figures[words[0]] = float(words[1])
     return figures
 

@@ -15,8 +15,8 @@ from statistics import median
 from targets import WORKLOADS
 
 HEADINGS = {
-    "wall": "wall", "cpu": "CPU", "elapsed": "task alone", "size": "output", "peak": "peak memory",
-    "text": "text of the BOM",
+    "wall": "wall", "cpu": "CPU", "elapsed": "task alone", "task_cpu": "CPU of the task alone",
+    "size": "output", "peak": "peak memory", "text": "text of the BOM",
 }
 
 
@@ -55,8 +55,9 @@ def last_column(key, figures, name, measure):
 def table(workload, figures):
     names = sorted(figures, key=lambda name: (name != "hwdef", int(name) if name.isdigit() else 0))
     heading = "speed" if workload.key == "limits" else "time of ours" if "hwdef" in figures else ""
-    lines = [f"**{workload.title}**", "", row([""] + [HEADINGS[measure] for measure in workload.measures] + [heading]),
-             row(["---"] + ["---:"] * (len(workload.measures) + 1))]
+    columns = [HEADINGS[measure] for measure in workload.measures]
+    lines = [f"**{workload.title}**", "", row(["", *columns, heading]),
+             row(["---"] + ["---:"] * (len(columns) + 1))]
     for name in names:
         cells = [with_spread(measure, figures[name][measure]) if measure in figures[name] else ""
                  for measure in workload.measures]
