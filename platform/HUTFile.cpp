@@ -28,6 +28,13 @@ bool getStatus(const std::string& path, struct stat& status)
     return isNameable(path) && platform::SystemCalls::get().stat(path.c_str(), &status) == 0;
 }
 
+/// Whether a status that failed so says nothing about what stands at the path. The others say that
+/// nothing is there, or nothing that could be replaced.
+bool isUncertain(int error)
+{
+    return error != ENOENT && error != ENOTDIR && error != EACCES && error != ELOOP && error != ENAMETOOLONG;
+}
+
 bool isDirectory(const std::string& path)
 {
     struct stat status = {};
@@ -102,6 +109,11 @@ bool HUTFile::exists() const
 {
     struct stat status = {};
     return getStatus(path_, status);
+}
+
+bool HUTFile::mayExist() const
+{
+    return isNameable(path_) && (exists() || isUncertain(errno));
 }
 
 bool HUTFile::isDir() const
@@ -216,7 +228,8 @@ bool HUTFile::copyToDir(const std::string& dir, std::uint32_t mode, std::string*
     }
     const std::string target = (dir.empty() ? "." : dir) + separator + std::string(name());
     struct stat status = {};
-    if (mode != COPY_OVERWRITE && platform::SystemCalls::get().lstat(target.c_str(), &status) == 0) {
+    if (mode != COPY_OVERWRITE &&
+        (platform::SystemCalls::get().lstat(target.c_str(), &status) == 0 || isUncertain(errno))) {
         return refuse(reason, target + ": can't copy " + path_ + " there: it exists and is to be kept");
     }
     try {

@@ -23,6 +23,9 @@ public:
 
     /// True when something exists at the path (links followed). False for an empty path.
     bool exists() const;
+    /// True unless it is certain that nothing exists at the path (links followed): what keeps a file from
+    /// being replaced must not fail to see it.
+    bool mayExist() const;
     /// True when the path is a directory (links followed).
     bool isDir() const;
 

@@ -75,7 +75,7 @@ int compareDigest(const std::string& path)
 void HUTZip::compress(const HUTFile& archive, const std::string& file, std::uint32_t options)
 {
     const std::string& path = archive.path();
-    if ((options & ZIP_REPLACE) == 0 && archive.exists()) {
+    if ((options & ZIP_REPLACE) == 0 && archive.mayExist()) {
         throw zip::archiveError(path, "exists already and must not be replaced");
     }
     zip::ArchiveWriter writer(path);

@@ -93,7 +93,7 @@ bool mayWrite(const std::string& path, bool overwrite)
     if (path.empty()) {
         return fail("@64-10@");
     }
-    if (!overwrite && (HUTFile(path).exists() || HUTCoreContainer::contains(path))) {
+    if (!overwrite && (HUTFile(path).mayExist() || HUTCoreContainer::contains(path))) {
         return fail("@64-14@%s");
     }
     const boost::filesystem::path parent = boost::filesystem::path(path).parent_path();

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -10,32 +9,16 @@
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "reliability/Allocations.h"
 #include "support/Aftermath.h"
+#include "support/ChildProcess.h"
 #include "support/FailingSystemCalls.h"
 
 using support::Aftermath;
 using support::FailingSystemCalls;
+using support::inChild;
 using support::Operation;
+using support::wasKilled;
 
 namespace {
-
-/// Runs `work` in a child process, which ends without cleaning up; how it ended, as waitpid tells it.
-template <typename Work>
-int inChild(Work work)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        work();
-        ::_exit(0);
-    }
-    int status = -1;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    return status;
-}
-
-bool wasKilled(int status)
-{
-    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
-}
 
 class KilledProcess : public testing::TestWithParam<Operation> {
 protected:
