@@ -237,6 +237,7 @@ TEST(AllocationsOfThisProgram, areCountedAndRefused)
 TEST_P(Allocations, thatFailOnceLeaveTheOldOrTheNewState)
 {
     sweep(allocations::Failing::ONE);
+    RecordProperty("allocations", static_cast<int>(allocations_));
     EXPECT_GE(allocations_, 10U);
     EXPECT_GE(reported_, 5U);
 }
