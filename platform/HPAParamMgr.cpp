@@ -1,6 +1,7 @@
 #include "platform/HPAParamMgr.h"
 
 #include <algorithm>
+#include <charconv>
 #include <map>
 #include <mutex>
 #include <string_view>
@@ -41,6 +42,19 @@ bool HPAParamMgr::getValueIfExistAsBool(const std::string& name, bool fallback) 
     const std::lock_guard lock(parameters().mutex);
     const auto found = parameters().values.find(name);
     return found == parameters().values.end() ? fallback : readsAsTrue(found->second);
+}
+
+std::uint64_t HPAParamMgr::getValueIfExistAsNumber(const std::string& name, std::uint64_t fallback) const
+{
+    const std::lock_guard lock(parameters().mutex);
+    const auto found = parameters().values.find(name);
+    if (found == parameters().values.end()) {
+        return fallback;
+    }
+    const std::string& text = found->second;
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? number : fallback;
 }
 
 void HPAParamMgr::setValue(const std::string& name, const std::string& value)

@@ -72,8 +72,10 @@ public:
     explicit Elements(pugi::xml_node root);
 
     HXMLWElement* root() const { return elements_.get(); }
+    HXMLWInterface::Size size(std::size_t textBytes) const;
 
 private:
+    std::size_t elementCount_ = 0;
     std::vector<Attribute> attributes_;
     std::unique_ptr<Element[]> elements_;
 };
@@ -100,19 +102,21 @@ void forEachElement(pugi::xml_node root, Visit visit)
 
 Elements::Elements(pugi::xml_node root)
 {
-    std::size_t elementCount = 0;
     std::size_t attributeCount = 0;
-    forEachElement(root, [&](const pugi::xml_node& node, std::size_t) {
+    std::size_t deepest = 0;
+    forEachElement(root, [&](const pugi::xml_node& node, std::size_t depth) {
         const auto attributes = node.attributes();
         attributeCount += static_cast<std::size_t>(std::distance(attributes.begin(), attributes.end()));
-        ++elementCount;
+        ++elementCount_;
+        deepest = std::max(deepest, depth);
     });
     attributes_.reserve(attributeCount);
     // The last one is no element: it ends the attributes of the one in front of it.
-    elements_ = std::make_unique<Element[]>(elementCount + 1);
+    elements_ = std::make_unique<Element[]>(elementCount_ + 1);
 
     Element* next = elements_.get();
     std::vector<Element*> open;
+    open.reserve(deepest + 1);
     const auto close = [&](std::size_t depth) {
         for (; open.size() > depth; open.pop_back()) {
             open.back()->behind = next;
@@ -130,6 +134,23 @@ Elements::Elements(pugi::xml_node root)
     });
     close(0);
     next->attributes = attributes_.data() + attributes_.size();
+}
+
+HXMLWInterface::Size Elements::size(std::size_t textBytes) const
+{
+    std::size_t sum = 0;
+    std::size_t longest = 0;
+    for (std::size_t at = 0; at < elementCount_; ++at) {
+        const Element& element = elements_[at];
+        for (const Attribute* one = element.attributes; one != elements_[at + 1].attributes; ++one) {
+            const std::size_t length = std::strlen(element.name + one->value);
+            sum += length;
+            longest = std::max(longest, length);
+        }
+    }
+    return {elementCount_,
+            textBytes + elementCount_ * sizeof(Element) + attributes_.size() * sizeof(Attribute), sum,
+            longest};
 }
 
 /// Where the lines of a text end, kept apart because parsing in place overwrites the text.
@@ -217,6 +238,7 @@ public:
 
     HXMLWElement* root() const { return elements_ ? elements_->root() : nullptr; }
     const Error& error() const { return error_; }
+    Size size() const { return elements_ ? elements_->size(text_.size()) : Size(); }
 
 private:
     std::string text_;  // names and values of the elements stand in it
@@ -253,6 +275,21 @@ void HXMLWInterface::Document::parse(std::string text)
         return;
     }
     elements_.emplace(tree.first_child());
+}
+
+std::uint64_t HXMLWInterface::mostBytes(std::string_view text)
+{
+    // What the parser takes for an element or a piece of text, and for an attribute.
+    constexpr std::uint64_t nodeBytes = 64;
+    constexpr std::uint64_t attributeBytes = 40;
+    const platform::XmlParts parts = platform::countXmlParts(text);
+    return text.size() + text.size() / 8 + parts.elements * (nodeBytes + sizeof(Element) + sizeof(Element*)) +
+           parts.attributes * (attributeBytes + sizeof(Attribute)) + parts.texts * nodeBytes;
+}
+
+HXMLWInterface::Size HXMLWInterface::size() const
+{
+    return document_->size();
 }
 
 HXMLWInterface::HXMLWInterface() : document_(std::make_unique<Document>()) {}

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/Export.h"
 #include "platform/HXMLWElement.h"
@@ -22,6 +24,18 @@ public:
         std::string text;        ///< what was found or expected there; empty when nothing failed
     };
 
+    /// What a parsed document holds; all zeros without one.
+    struct Size {
+        std::uint64_t elements = 0;
+        std::uint64_t bytes = 0;              ///< of memory that the document takes, its text included
+        std::uint64_t valueBytes = 0;         ///< of all attributes' values
+        std::uint64_t longestValueBytes = 0;  ///< of one attribute
+    };
+
+    /// The most memory that reading this text takes at any time, judged by its characters alone: never
+    /// less, and little more for a document whose texts hold none of "<", "=" and ">". Linear.
+    static std::uint64_t mostBytes(std::string_view text);
+
     HXMLWInterface();
     ~HXMLWInterface();
     HXMLWInterface(const HXMLWInterface&) = delete;
@@ -38,6 +52,9 @@ public:
 
     /// What the last readFromBuffer stumbled over.
     const Error& error() const;
+
+    /// Linear in the attributes.
+    Size size() const;
 
 private:
     class Document;

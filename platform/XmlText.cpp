@@ -118,4 +118,27 @@ bool isXmlName(std::string_view text)
            std::all_of(text.begin(), text.end(), isNameCharacter) && !findXmlTextDefect(text);
 }
 
+XmlParts countXmlParts(std::string_view document)
+{
+    XmlParts parts;
+    bool mayBeginText = true;
+    bool mayBeginValue = false;
+    char before = '\0';
+    for (const char c : document) {
+        if (before == '<') {
+            parts.elements += c != '/' && c != '!' && c != '?';
+            parts.texts += c == '!';  // a CDATA section, or less
+        }
+        before = c;
+        if (c == ' ' || c == '\t' || c == '\n' || c == '\r') {
+            continue;
+        }
+        parts.attributes += mayBeginValue && (c == '"' || c == '\'');
+        mayBeginValue = c == '=';
+        parts.texts += mayBeginText && c != '<';
+        mayBeginText = c == '>';
+    }
+    return parts;
+}
+
 }  // namespace platform

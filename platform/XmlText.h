@@ -26,4 +26,15 @@ std::optional<XmlTextDefect> findBadReference(std::string_view document);
 /// ASCII are all taken for name characters.
 bool isXmlName(std::string_view text);
 
+/// How many parts a document can have at most.
+struct XmlParts {
+    std::size_t elements = 0;
+    std::size_t attributes = 0;
+    std::size_t texts = 0;  ///< pieces of character data that aren't blank, CDATA sections included
+};
+
+/// Counts what begins as a part does, wherever it stands: never too few, but those in comments and in
+/// values too. Linear.
+XmlParts countXmlParts(std::string_view document);
+
 }  // namespace platform

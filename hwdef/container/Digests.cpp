@@ -1,5 +1,6 @@
 #include <fcntl.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "hwdef/container/MemberEntry.h"
@@ -8,6 +9,7 @@
 #include "hwdef/model/HHDFHwDefImp.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/File.h"
+#include "platform/Limits.h"
 #include "platform/iostreams/MemberReader.h"
 
 namespace {
@@ -63,6 +65,11 @@ private:
             if (entry == nullptr) {
                 return {};
             }
+            if (!mayDigest(reader, *entry)) {
+                return reader.path() + ": member \"" + member.name() + "\" has " +
+                       std::to_string(entry->size) + " bytes, with which more are digested than the " +
+                       std::to_string(mostBytes(reader)) + " allowed";
+            }
             iostreams::zip::MemberReader content(reader, *entry);
             while (const std::size_t count = content.read(buffer_.data(), buffer_.size())) {
                 sha1_.add(buffer_.data(), count);
@@ -71,6 +78,23 @@ private:
         } catch (const iostreams::device::detail::zip_exception& error) {
             return error.what();
         }
+    }
+
+    /// A small container may unpack to any number of bytes, and list a member any number of times.
+    bool mayDigest(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
+    {
+        const std::uint64_t most = mostBytes(reader);
+        if (digestedBytes_ > most || entry.size > most - digestedBytes_) {
+            return false;
+        }
+        digestedBytes_ += entry.size;
+        return true;
+    }
+
+    static std::uint64_t mostBytes(const iostreams::zip::ArchiveReader& reader)
+    {
+        return std::max(platform::limits::maxDigested(),
+                        platform::limits::DIGESTED_PER_CONTAINER_BYTE * reader.file().size());
     }
 
     bool addFile(const std::string& path)
@@ -86,6 +110,7 @@ private:
         }
     }
 
+    std::uint64_t digestedBytes_ = 0;  // of members, unpacked
     SourceArchives archives_;
     Sha1 sha1_;
     std::vector<char> buffer_ = std::vector<char>(bufferBytes);

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "hwdef/bom/HHDFHwDefBomReader.h"
+#include "hwdef/container/BomSize.h"
 #include "hwdef/model/HHDFHwDefImp.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HEXAll.h"
@@ -11,6 +12,7 @@
 #include "platform/HUTPathUtils.h"
 #include "platform/HUTZip.h"
 #include "platform/HXMLWInterface.h"
+#include "platform/Limits.h"
 #include "platform/iostreams/ArchiveReader.h"
 
 using iostreams::zip::ArchiveReader;
@@ -18,8 +20,9 @@ using iostreams::zip::Entry;
 
 namespace {
 
-/// No BOM document comes near this; a larger one is meant to exhaust memory.
-constexpr std::uint64_t bomLimitBytes = 256 * 1024 * 1024;
+/// Hardly anything that a document can say takes more than so many times its size. One that stays below
+/// the limit to memory by this measure is not looked at more closely.
+constexpr std::uint64_t mostBytesPerByte = 60;
 
 bool fail(const char* id)
 {
@@ -47,7 +50,7 @@ std::unique_ptr<ArchiveReader> openArchive(const std::string& path)
 std::string readBom(const ArchiveReader& archive, const Entry& entry)
 {
     try {
-        return archive.read(entry, bomLimitBytes);
+        return archive.read(entry, platform::limits::maxMemberInMemory());
     } catch (const iostreams::device::detail::zip_exception& error) {
         ComMsgMgr::sendMessage(error.what(), false);
         return {};
@@ -77,26 +80,67 @@ bool passesDigestCheck(HHDFHwDef& def, const std::string& recorded)
     return fail("@64-23@%s", message);
 }
 
-/// What of the container the BOM document alone tells.
-bool readDocument(HHDFHwDefImp& imp, std::string buffer, bool checkIntegrity, const std::string& driverPath)
+/// What is known of the BOM apart from its text.
+struct Bom {
+    std::string container;
+    std::string member;
+    std::string minor;
+    std::string digest;
+};
+
+/// Whether opening may take so much memory; says that it may not.
+bool fitsMemory(std::uint64_t bytes, const Bom& bom, const char* what)
 {
+    const std::uint64_t limit = platform::limits::maxDocumentMemory();
+    if (bytes > limit) {
+        ComMsgMgr::sendMessage(bom.container + ": member \"" + bom.member + "\": " + what + " may take " +
+                                   std::to_string(bytes) + " bytes of memory, allowed are " +
+                                   std::to_string(limit),
+                               false);
+        return fail("@64-11@%s", bom.member);
+    }
+    return true;
+}
+
+/// The definition as far as the document alone tells it. False when it doesn't parse or would take too
+/// much memory.
+bool readDocument(HHDFHwDefImp& imp, std::string buffer, Bom& bom, bool checkIntegrity,
+                  const std::string& driverPath)
+{
+    const bool isSmall = buffer.size() <= platform::limits::maxDocumentMemory() / mostBytesPerByte;
+    if (!isSmall && !fitsMemory(HXMLWInterface::mostBytes(buffer), bom, "parsing it")) {
+        return false;
+    }
     HXMLWInterface document;
     document.readFromBuffer(std::move(buffer));
     HXMLWElement* root = document.getRootElement();
     if (root == nullptr) {
         return false;
     }
+    bom.minor = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("Minor"));
+    bom.digest = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("DIGEST"));
     const std::string version = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("Version"));
-    const std::string minor = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("Minor"));
-    const std::string digest = HHDFHwDefBomReader::valueOrEmpty(root->getAttribute("DIGEST"));
-    if (HSTStringUtils::iequals(version, "1")) {
-        HHDFHwDefBomReader(imp.owner, root).readHDF(driverPath);
+    if (!HSTStringUtils::iequals(version, "1")) {
+        return true;
     }
-    if (checkIntegrity && HSTStringUtils::iequals(minor, "2")) {
-        return passesDigestCheck(*imp.owner, digest);
+    if (!isSmall) {
+        const BomSize size(document, bom.container);
+        const bool computesDigests = checkIntegrity && HSTStringUtils::iequals(bom.minor, "2");
+        if (!fitsMemory(size.mostBytes(), bom, "reading it") ||
+            (computesDigests && !fitsMemory(size.mostBytesForDigests(), bom, "computing digests"))) {
+            return false;
+        }
     }
-    if (checkIntegrity && HSTStringUtils::iequals(minor, "3") &&
-        HUTZip::checkIntegrity(*imp.container) != 0) {
+    HHDFHwDefBomReader(imp.owner, root).readHDF(driverPath);
+    return true;
+}
+
+bool passesIntegrityCheck(HHDFHwDefImp& imp, const Bom& bom)
+{
+    if (HSTStringUtils::iequals(bom.minor, "2")) {
+        return passesDigestCheck(*imp.owner, bom.digest);
+    }
+    if (HSTStringUtils::iequals(bom.minor, "3") && HUTZip::checkIntegrity(*imp.container) != 0) {
         return fail("@64-25@");
     }
     return true;
@@ -122,7 +166,10 @@ bool readContainer(HHDFHwDefImp& imp, const std::string& path, bool checkIntegri
     if (buffer.empty()) {
         return fail("@64-11@%s", bomMember);
     }
-    return readDocument(imp, std::move(buffer), checkIntegrity, driverPath);
+    // The document is gone when digests are computed, which take memory as well.
+    Bom about = {path, bomMember, "", ""};
+    return readDocument(imp, std::move(buffer), about, checkIntegrity, driverPath) &&
+           (!checkIntegrity || passesIntegrityCheck(imp, about));
 }
 
 }  // namespace

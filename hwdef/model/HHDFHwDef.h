@@ -230,7 +230,8 @@ public:
     void updateDigest(std::string& digest, Texts& digestMap);
     /// Computes the digests of the present bytes: `digestMap` gets one text per member name (entries
     /// already there take part in the overall digest), `digest` the overall one. A file on disk that
-    /// can't be opened is left out. True. Streams: memory does not grow with a member's size.
+    /// can't be opened is left out. True. Streams: memory does not grow with a member's size. A member
+    /// beyond the limit "hwdef.maxDigestedBytes" (platform/Limits.h) counts as one that can't be read.
     bool calculateDigest(std::string& digest, Texts& digestMap);
     /// Holds computed digests against the stored ones. For the first name, in byte order, that
     /// differs, `message` becomes "File: <name> has been tampered."; it stays when only the overall

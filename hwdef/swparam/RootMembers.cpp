@@ -22,6 +22,8 @@ using TextPairs = std::vector<std::pair<std::string, std::string>>;
 /// small archive can't unfold into a huge document.
 class Collector : public rapidjson::BaseReaderHandler<Utf8, Collector> {
 public:
+    explicit Collector(std::uint64_t maxMemoryBytes) : memoryLeft_(maxMemoryBytes) {}
+
     bool Key(const char* text, rapidjson::SizeType length, bool)
     {
         if (depth_ == 1) {
@@ -47,8 +49,13 @@ public:
     bool EndArray(rapidjson::SizeType) { return close(); }
 
     TextPairs take() { return std::move(members_); }
+    /// True once the members would take too much memory; the document ends there.
+    bool areTooMany() const { return tooMany_; }
 
 private:
+    /// Of one member without its characters, in a list that grows and in a map.
+    static constexpr std::uint64_t memberBytes = 320;
+
     using NumberText = rapidjson::GenericStringBuffer<Utf8, platform::JsonMemory>;
     using NumberWriter = rapidjson::Writer<NumberText, Utf8, Utf8, platform::JsonMemory>;
 
@@ -63,15 +70,21 @@ private:
     bool add(std::string value)
     {
         if (depth_ == 1 && rootIsObject_) {
+            const std::uint64_t needed = memberBytes + key_.size() + value.size();
+            tooMany_ = needed > memoryLeft_;
+            if (tooMany_) {
+                return false;
+            }
+            memoryLeft_ -= needed;
             members_.emplace_back(std::move(key_), std::move(value));
         }
         return true;
     }
     bool open()
     {
-        add("");
+        const bool goesOn = add("");
         ++depth_;
-        return true;
+        return goesOn;
     }
     bool close()
     {
@@ -82,6 +95,8 @@ private:
     TextPairs members_;
     std::string key_;
     std::size_t depth_ = 0;
+    std::uint64_t memoryLeft_;
+    bool tooMany_ = false;
     bool rootIsObject_ = false;
 };
 
@@ -132,17 +147,23 @@ private:
 
 }  // namespace
 
-RootMembers readRootMembers(std::istream& in, std::size_t maxBytes)
+RootMembers readRootMembers(std::istream& in, std::size_t maxBytes, std::uint64_t maxMemoryBytes)
 {
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
     LimitedBytes bytes(in, maxBytes);
     rapidjson::BasicIStreamWrapper<LimitedBytes> text(bytes);
-    Collector collector;
+    Collector collector(maxMemoryBytes);
     rapidjson::GenericReader<Utf8, Utf8, platform::JsonMemory> reader;
     rapidjson::ParseResult result = reader.Parse<flags>(text, collector);
     if (!result.IsError() && !bytes.atEnd()) {
         // The parser takes a null character for the end.
         result.Set(rapidjson::kParseErrorDocumentRootNotSingular, text.Tell());
+    }
+    if (collector.areTooMany()) {
+        return {
+            {},
+            "its members take more than the " + std::to_string(maxMemoryBytes) + " bytes of memory allowed",
+            ""};
     }
     if (bytes.areTooMany()) {
         return {{}, "larger than the " + std::to_string(maxBytes) + " bytes allowed", ""};

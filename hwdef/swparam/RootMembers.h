@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <utility>
@@ -17,8 +18,10 @@ struct RootMembers {
     std::string parseError;
 };
 
-/// Reads a stream to its end as one JSON document in UTF-8, of at most `maxBytes` bytes.
+/// Reads a stream to its end as one JSON document in UTF-8, of at most `maxBytes` bytes, whose members
+/// may take `maxMemoryBytes` as they are collected and sorted into a map.
 ///
 /// Memory grows with the root's members, not with what lies below them but for eight bytes a level;
 /// nesting of any depth is parsed without recursion.
-RootMembers readRootMembers(std::istream& in, std::size_t maxBytes);
+RootMembers readRootMembers(std::istream& in, std::size_t maxBytes,
+                            std::uint64_t maxMemoryBytes = UINT64_MAX);

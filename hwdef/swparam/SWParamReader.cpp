@@ -11,9 +11,14 @@
 #include "platform/HCRapidJsonReadWriteUtils.h"
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
+#include "platform/Limits.h"
 #include "platform/iostreams/zip.h"
 
+namespace limits = platform::limits;
+
 namespace {
+
+static_assert(SWParamReader::MAX_MEMBER_BYTES == limits::DEFAULT_MAX_MEMBER_IN_MEMORY);
 
 /// The zip streams know no encrypted members; they accept the hint all the same.
 constexpr int encryptionHint = 3;
@@ -65,7 +70,7 @@ void SWParamReader::parseAttributeJsonFile(const std::string& member, const std:
         ComMsgMgr::sendMsg("hdf", "@36-530@%s%s", 2, ComMsgMgr::NOTICE, member.c_str(), container.c_str());
         return;
     }
-    RootMembers read = readRootMembers(in, MAX_MEMBER_BYTES);
+    RootMembers read = readRootMembers(in, limits::maxMemberInMemory(), limits::maxDocumentMemory());
     in.close();
     report(read, member, container);
     if (std::none_of(read.members.begin(), read.members.end(), isRefName)) {

@@ -9,7 +9,8 @@
 /// Reads software-parameter members: JSON objects of string members, with a "refName".
 class HWDEF_API SWParamReader {
 public:
-    /// Largest member that is read, in bytes as unpacked.
+    /// Largest member that is read, in bytes as unpacked, unless the parameter "hwdef.maxMemberInMemory"
+    /// says otherwise (platform/Limits.h, with the limit to memory).
     static constexpr std::size_t MAX_MEMBER_BYTES = std::size_t{256} << 20;
 
     /// Reads one member straight out of a container. Both outputs are emptied first and stay empty
@@ -18,8 +19,8 @@ public:
     /// Values that aren't strings: numbers and booleans as their JSON text, the empty text for null,
     /// arrays and objects. "pss_io" and "pss_power" are unwrapped; of repeated members the last one
     /// counts. A member that isn't in the container sends nothing, one that can't be opened the notice
-    /// "@36-530@%s%s" (member, container). One that doesn't parse, can't be read to its end or is larger
-    /// than MAX_MEMBER_BYTES sends a text by ComMsgMgr::sendMessage. The std::out_of_range of
+    /// "@36-530@%s%s" (member, container). One that doesn't parse, can't be read to its end, is too large
+    /// or has too many members sends a text by ComMsgMgr::sendMessage. The std::out_of_range of
     /// processIOString passes through. Memory grows with the root's members, not with what lies below
     /// them, but for eight bytes a level; nesting of any depth is parsed without recursion.
     static void parseAttributeJsonFile(const std::string& member, const std::string& container,

@@ -24,6 +24,16 @@ void limit(__rlimit_resource resource, rlim_t most)
     ::setrlimit(resource, &limits);
 }
 
+/// An exception must not reach the test: there would be two of it.
+int codeOf(const std::function<int()>& work)
+{
+    try {
+        return work();
+    } catch (...) {
+        return Measured::THROWN;
+    }
+}
+
 }  // namespace
 
 Measured measureInChild(const std::string& scratchParent, std::uint64_t addressBytes,
@@ -36,7 +46,7 @@ Measured measureInChild(const std::string& scratchParent, std::uint64_t addressB
             limit(RLIMIT_AS, addressBytes);
         }
         limit(RLIMIT_CPU, mostCpuSeconds);
-        std::exit(work());
+        std::exit(codeOf(work));
     }
     int status = 0;
     rusage usage = {};

@@ -8,6 +8,8 @@ namespace support {
 
 /// What a piece of work came to that ran in a process of its own.
 struct Measured {
+    static constexpr int THROWN = 100;  ///< the exit code when the work threw
+
     int exitCode = -1;            ///< what the work returned; -1 when a signal ended it
     int signal = 0;               ///< the one that ended it, if any
     std::uint64_t peakBytes = 0;  ///< of resident memory, what this process had at the fork included
