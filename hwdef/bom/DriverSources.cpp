@@ -5,7 +5,9 @@
 #include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
+#include <climits>
 #include <filesystem>
+#include <string_view>
 
 #include "hwdef/bom/HHDFHwDefBomReader.h"
 #include "platform/ComMsgMgr.h"
@@ -40,18 +42,38 @@ Resolved resolvedOrThrow(const std::string& path)
 /// The same; empty when nothing exists there.
 Resolved resolved(const std::string& path)
 {
+    if (path.size() >= PATH_MAX) {
+        return {};  // the system knows no such path, and a path object takes forty times its text
+    }
     std::error_code error;
     Resolved result = std::filesystem::canonical(path, error);
     return error ? Resolved() : result;
+}
+
+/// Whether `name`, behind a directory and a separator, says by its ".." that it leads out of it.
+bool climbsOut(std::string_view name)
+{
+    std::size_t depth = 0;
+    while (!name.empty()) {
+        const std::string_view component = name.substr(0, name.find('/'));
+        if (component == "..") {
+            if (depth == 0) {
+                return true;
+            }
+            --depth;
+        } else if (!component.empty() && component != ".") {
+            ++depth;
+        }
+        name.remove_prefix(std::min(component.size() + 1, name.size()));
+    }
+    return false;
 }
 
 /// Whether `name`, behind `dir` and a separator, leads out of `dir`, by what it says or by the links on
 /// its way.
 bool leaves(const std::string& name, const std::string& dir)
 {
-    // The standard library's normal form: Boost's keeps a ".." behind a leading ".".
-    const std::filesystem::path normal = std::filesystem::path("./" + name).lexically_normal();
-    if (!normal.empty() && *normal.begin() == "..") {
+    if (climbsOut(name)) {
         return true;
     }
     const Resolved target = resolved(dir + "/" + name);
