@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 LOG := build/$(PRESET).configure.log
 BENCH := build/bench
-BENCH_RUN = python3 benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
+BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
 .PHONY: help demo test asan tsan soak build debug bench bench-smoke bench-build packages configure clean
@@ -41,11 +41,11 @@ debug: ## Build all without optimisation
 
 bench: bench-build ## Measure everything against other tools and write docs/performance.md (half an hour)
 	@$(BENCH_RUN) --results $(BENCH)/results.json
-	@python3 benchmarks/tools/report.py $(BENCH)/results.json benchmarks/performance.md.in docs/performance.md
+	@python3 -B benchmarks/tools/report.py $(BENCH)/results.json benchmarks/performance.md.in docs/performance.md
 
 bench-smoke: bench-build ## Run every benchmark once on a small corpus; only results are judged
 	@$(BENCH_RUN) --small --results $(BENCH)/smoke.json
-	@python3 benchmarks/tools/report.py $(BENCH)/smoke.json benchmarks/performance.md.in $(BENCH)/smoke.md >/dev/null
+	@python3 -B benchmarks/tools/report.py $(BENCH)/smoke.json benchmarks/performance.md.in $(BENCH)/smoke.md >/dev/null
 
 bench-build: packages
 	@sh packaging/install-packages.sh packaging/benchmark-packages.txt
