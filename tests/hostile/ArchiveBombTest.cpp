@@ -1,0 +1,182 @@
+// Archives that are built to exhaust whoever opens them.
+
+#include <gtest/gtest.h>
+
+#include <boost/filesystem/operations.hpp>
+#include <cstdio>
+
+#include "hwdef/utils/HHDFHwDefUtils.h"
+#include "platform/ComMsgMgr.h"
+#include "platform/HXMLWInterface.h"
+#include "support/Container.h"
+#include "support/MeasuredChild.h"
+#include "support/TempDir.h"
+#include "support/ZipBuilder.h"
+
+using support::bomDocument;
+using support::bomOfFiles;
+using support::Measured;
+using support::TempDir;
+using support::ZipBuilder;
+
+namespace {
+
+constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20U;
+
+/// Opens with the integrity check in a process of its own, within the limits; whether it succeeded.
+bool opens(const TempDir& dir)
+{
+    const Measured measured = support::measureInChild(dir.path(), 640 * mebibyte, [&] {
+        ComMsgMgr::setHandler([](const ComMsg&) {});
+        return HHDFHwDefUtils::getHDF(dir / "design.hdf", true) != nullptr ? 7 : 1;
+    });
+    testing::Test::RecordProperty("peakMiB", static_cast<int>(measured.peakBytes / mebibyte));
+    testing::Test::RecordProperty("cpuMs", static_cast<int>(measured.cpuSeconds * 1000));
+    EXPECT_TRUE(measured.exitCode == 7 || measured.exitCode == 1) << "signal " << measured.signal;
+    if (!support::isSanitized()) {
+        EXPECT_LT(measured.peakBytes, 512 * mebibyte);
+        EXPECT_LT(measured.cpuSeconds, 10);
+    }
+    return measured.exitCode == 7;
+}
+
+std::string repeated(const std::string& unit, std::size_t sizeBytes)
+{
+    std::string bytes;
+    while (bytes.size() < sizeBytes) {
+        bytes += unit;
+    }
+    return bytes;
+}
+
+/// A container of one member of zeros, and a BOM of minor version 2 that lists it `times` times.
+void writeDigestBomb(const TempDir& dir, std::size_t sizeBytes, std::size_t times)
+{
+    support::writeFile(dir / "zeros", "");
+    boost::filesystem::resize_file(dir / "zeros", sizeBytes);
+    std::remove((dir / "design.hdf").c_str());
+    ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "zeros", "a", dir / "design.hdf"));
+    support::writeFile(dir / "bom", bomDocument("Version=\"1\" Minor=\"2\" DIGEST=\"1\"",
+                                                repeated("<File Name=\"a\"/>", 16 * times)));
+    ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "bom", "hwdef.xml", dir / "design.hdf"));
+}
+
+}  // namespace
+
+TEST(ArchiveBomb, isRefusedWhenItClaimsFourBillionMembers)
+{
+    const TempDir dir;
+    for (const std::uint64_t claim :
+         {std::uint64_t{0xfffffffe}, ~std::uint64_t{0}, std::uint64_t{1} << 60U}) {
+        ZipBuilder zip;
+        zip.addStored("hwdef.xml", bomOfFiles("0", {}));
+        zip.zip64 = true;
+        zip.zip64End.entries = claim;
+        zip.zip64End.entriesOnDisk = claim;
+        zip.write(dir / "design.hdf");
+        EXPECT_FALSE(opens(dir)) << claim;
+        zip.zip64End.directorySize = claim;
+        zip.write(dir / "design.hdf");
+        EXPECT_FALSE(opens(dir)) << claim;
+    }
+}
+
+TEST(ArchiveBomb, isRefusedWhenMembersOverlap)
+{
+    const TempDir dir;
+    ZipBuilder zip;
+    zip.addStored("hwdef.xml", bomOfFiles("0", {}));
+    zip.addDeflated("kernel", std::string(mebibyte, '\0'));
+    for (int number = 0; number < 10'000; ++number) {
+        support::ZipMember member = zip.members[1];
+        member.local.name = member.listed.name = "kernel" + std::to_string(number);
+        member.offset = 200;
+        member.data.clear();
+        zip.members.push_back(member);
+    }
+    zip.write(dir / "design.hdf");
+    EXPECT_FALSE(opens(dir));
+}
+
+TEST(ArchiveBomb, isOpenedWithHalfAMillionMembers)
+{
+    const TempDir dir;
+    std::string bytes;
+    std::string directory;
+    const auto add = [&](const std::string& name, const std::string& content) {
+        const std::string common =
+            support::little(20, 2) + support::little(0, 4) + support::little(0x00210000, 4) +
+            support::little(support::crc32(content), 4) + support::little(content.size(), 4) +
+            support::little(content.size(), 4) + support::little(name.size(), 2) + support::little(0, 2);
+        directory += "PK\x01\x02" + support::little(20, 2) + common + support::little(0, 10) +
+                     support::little(bytes.size(), 8).substr(0, 4) + name;
+        bytes += "PK\x03\x04" + common + name + content;
+    };
+    add("hwdef.xml", bomOfFiles("2", {"1", "2"}));
+    for (int number = 0; number < 500'000; ++number) {
+        add(std::to_string(number), "");
+    }
+    const std::string end =
+        "PK\x06\x06" + support::little(44, 8) + support::little(45, 2) + support::little(45, 2) +
+        support::little(0, 8) + support::little(500'001, 8) + support::little(500'001, 8) +
+        support::little(directory.size(), 8) + support::little(bytes.size(), 8) + "PK\x06\x07" +
+        support::little(0, 4) + support::little(bytes.size() + directory.size(), 8) + support::little(1, 4) +
+        "PK\x05\x06" + support::little(0, 4) + std::string(12, '\xff') + support::little(0, 2);
+    support::writeFile(dir / "design.hdf", bytes + directory + end);
+    EXPECT_TRUE(opens(dir));
+}
+
+TEST(ArchiveBomb, isRefusedSoonWhateverFillsTheFile)
+{
+    const TempDir dir;
+    ZipBuilder zip;
+    zip.addStored("hwdef.xml", bomOfFiles("0", {}));
+    const std::string sound = zip.build();
+    const std::string end = sound.substr(sound.rfind("PK\x05\x06"));
+    for (const std::string& unit : {std::string("PK\x05\x06"), std::string("PK\x01\x02"), std::string("PK"),
+                                    end, sound, std::string(1000, '\0')}) {
+        support::writeFile(dir / "design.hdf", sound + repeated(unit, 60'000'000 - sound.size()) + "!");
+        opens(dir);
+    }
+}
+
+TEST(ArchiveBomb, isNotDigestedWithoutEnd)
+{
+    const TempDir dir;
+    writeDigestBomb(dir, std::size_t{1} << 30U, 1000);
+    EXPECT_FALSE(opens(dir));
+    writeDigestBomb(dir, 1, 400'000);
+    EXPECT_FALSE(opens(dir));
+}
+
+TEST(ArchiveBomb, isNoDocumentType)
+{
+    const TempDir dir;
+    support::writeFile(dir / "secret", "secret");
+    std::string entities = "<!ENTITY e0 \"lol\">";
+    for (int level = 1; level < 30; ++level) {
+        const std::string inner = "&e" + std::to_string(level - 1) + ";";
+        entities += "<!ENTITY e" + std::to_string(level) + " \"" + inner + inner + inner + inner + "\">";
+    }
+    const std::string tops[] = {
+        "<!DOCTYPE Project [" + entities + "]>",
+        "<!DOCTYPE Project SYSTEM \"file://" + dir / "secret" + "\">",
+        "<!DOCTYPE Project [<!ENTITY e29 SYSTEM \"file://" + dir / "secret" + "\">]>",
+        "<!DOCTYPE Project [<!ENTITY % p SYSTEM \"file://" + dir / "secret" + "\"> %p;]>",
+        "<!DOCTYPE Project [<!ATTLIST Project Part CDATA \"secret\">]>",
+        "<!DOCTYPE Project [" + repeated("<!ENTITY e29 \"secret\">", 30'000'000) + "]>",
+    };
+    for (const std::string& top : tops) {
+        const std::string document =
+            top + "<Project Version=\"1\" Minor=\"0\"><SYSTEMINFO PART=\"&e29;\"/></Project>";
+        HXMLWInterface parsed;
+        ASSERT_TRUE(parsed.readFromBuffer(document)) << top.substr(0, 100);
+        EXPECT_STREQ(parsed.getRootElement()->getAttribute("Part"), nullptr);
+        EXPECT_STREQ(parsed.getRootElement()->getChildren()->front()->getAttribute("PART"), "&e29;");
+
+        support::writeFile(dir / "bom", document);
+        std::remove((dir / "design.hdf").c_str());
+        ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "bom", "hwdef.xml", dir / "design.hdf"));
+        EXPECT_TRUE(opens(dir));
+    }
+}
