@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "hwdef/bom/HHDFHwDefBomReader.h"
 #include "platform/HSTStringUtils.h"
@@ -16,10 +17,18 @@ inline std::string attributeOf(const HXMLWElement* element, const char* name)
     return element ? HHDFHwDefBomReader::valueOrEmpty(element->getAttribute(name)) : std::string();
 }
 
+/// The same without a copy; lives as long as the element.
+inline std::string_view textOf(const HXMLWElement* element, const char* name)
+{
+    const char* const text = element ? element->getAttribute(name) : nullptr;
+    return text ? std::string_view(text) : std::string_view();
+}
+
 /// Whether the element's name is `name`, in any case.
 inline bool isNamed(const HXMLWElement* element, const char* name)
 {
-    return element && HSTStringUtils::iequals(HHDFHwDefBomReader::valueOrEmpty(element->getTagName()), name);
+    const char* const ownName = element ? element->getTagName() : nullptr;
+    return element && HSTStringUtils::iequals(ownName ? ownName : "", name);
 }
 
 /// Calls `read` with every child element in document order; a list that can't be had counts as empty.

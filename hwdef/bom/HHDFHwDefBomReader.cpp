@@ -6,10 +6,12 @@
 
 #include "hwdef/bom/BomNames.h"
 #include "hwdef/bom/Elements.h"
+#include "hwdef/model/HHDFHwDefImp.h"
 
 using bom::attributeOf;
 using bom::forEachChild;
 using bom::isNamed;
+using bom::textOf;
 namespace attribute = bom::attribute;
 namespace element = bom::element;
 namespace value = bom::value;
@@ -175,7 +177,10 @@ bool HHDFHwDefBomReader::populateAddrTags(HXMLWElement* element)
 bool HHDFHwDefBomReader::populateFiles(HXMLWElement* element)
 {
     const std::string name = attributeOf(element, attribute::NAME);
-    def_->addDigestForFile(name, attributeOf(element, attribute::DIGEST));
+    HHDFHwDefImp* const imp = def_->implementation();
+    if (imp) {
+        imp->fileDigests.set(name, textOf(element, attribute::DIGEST));
+    }
     if (name.empty()) {
         return false;
     }
@@ -183,21 +188,42 @@ bool HHDFHwDefBomReader::populateFiles(HXMLWElement* element)
     if (type == HHDFHwDefFileTypes::DRIVER_SRC) {
         return populateDriverSource(name);
     }
-    auto role = HHDFHwDefFileTypes::UNKNOWN_BD;
-    std::string hierPath;
-    if (type == HHDFHwDefFileTypes::HW_HANDOFF) {
-        hierPath = attributeOf(element, attribute::DESIGN_HIERARCHY);
-        const std::string token = attributeOf(element, attribute::BD_TYPE);
-        role = token.empty() ? HHDFHwDefFileTypes::DEFAULT_BD : HHDFHwDefFileTypes::getHWHBDType(token);
+    if (imp) {
+        addEntry(*imp, imp->unzipDir + "/" + name, type, element);
     }
-    const std::string path = def_->getUnzipDir() + "/" + name;
-    HHDFHwDef::Texts attributes = fileAttributesOf(element);
-    def_->addFileToBom(path, type, hierPath, role, containerPathOf(*def_));
-    // Both find their entry by its file name: of two entries with one name, the earlier one gets
-    // the attributes.
-    def_->addFileAttrs(path, attributes);
-    def_->setHwSrcDB(path, attributeOf(element, attribute::SRC_DB));
     return true;
+}
+
+void HHDFHwDefBomReader::addEntry(HHDFHwDefImp& imp, const std::string& path, HHDFHwDef::FileType type,
+                                  const HXMLWElement* element)
+{
+    auto file = std::make_unique<HHDFHwDefFile>(path);
+    file->setFileType(type);
+    if (type == HHDFHwDefFileTypes::HW_HANDOFF) {
+        const std::string token = attributeOf(element, attribute::BD_TYPE);
+        file->setBDFileType(token.empty() ? HHDFHwDefFileTypes::DEFAULT_BD
+                                          : HHDFHwDefFileTypes::getHWHBDType(token));
+        file->setHierPath(attributeOf(element, attribute::DESIGN_HIERARCHY));
+    }
+    if (!container_) {
+        container_ = std::make_shared<const std::string>(containerPathOf(*def_));
+    }
+    if (!container_->empty()) {
+        file->shareHwDefFilePath(container_);
+    }
+    const HHDFHwDefFile& added = *file;
+    imp.bom.add(std::move(file));
+    // Both go to the first entry of that file name: of two entries with one name, the earlier one gets
+    // the attributes.
+    HHDFHwDef::Texts attributes = fileAttributesOf(element);
+    if (!attributes.empty()) {
+        def_->addFileAttrs(path, attributes);
+    }
+    const std::string_view srcDb = textOf(element, attribute::SRC_DB);
+    HHDFHwDefFile* const taker = srcDb.empty() ? nullptr : imp.bom.firstWithoutSrcDb(added.fileName());
+    if (taker) {
+        taker->setHwSrcDB(std::string(srcDb));
+    }
 }
 
 bool HHDFHwDefBomReader::populateDrivers(HXMLWElement* element, std::string driverPath)

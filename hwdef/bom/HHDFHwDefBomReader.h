@@ -1,10 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "hwdef/model/HHDFHwDef.h"
 #include "platform/Export.h"
 
+class HHDFHwDefImp;
 class HXMLWElement;
 
 /// Fills a definition from the parsed BOM document. Owns neither; both must outlive it.
@@ -94,6 +96,9 @@ private:
     void readRootChild(HXMLWElement* child, const std::string& driverPath);
     bool populateToolVersion(HXMLWElement* element);
     bool populateUsedResources(HXMLWElement* element);
+    /// Appends the entry of a File element.
+    void addEntry(HHDFHwDefImp& imp, const std::string& path, HHDFHwDef::FileType type,
+                  const HXMLWElement* element);
     /// A File of the type DRIVER_SRC; see populateFiles.
     bool populateDriverSource(const std::string& name);
     /// The walk of populateDriverFiles; throws boost::filesystem::filesystem_error.
@@ -101,4 +106,5 @@ private:
 
     HHDFHwDef* def_;
     HXMLWElement* root_;
+    std::shared_ptr<const std::string> container_;  ///< its path, for all entries, once one was read
 };

@@ -1,12 +1,12 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <vector>
 
 #include "hwdef/container/MemberEntry.h"
 #include "hwdef/container/Sha1.h"
 #include "hwdef/container/SourceArchives.h"
 #include "hwdef/model/HHDFHwDefImp.h"
+#include "platform/Buffer.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/File.h"
 #include "platform/Limits.h"
@@ -113,7 +113,7 @@ private:
     std::uint64_t digestedBytes_ = 0;  // of members, unpacked
     SourceArchives archives_;
     Sha1 sha1_;
-    std::vector<char> buffer_ = std::vector<char>(bufferBytes);
+    platform::Buffer buffer_{bufferBytes};
 };
 
 }  // namespace
@@ -135,7 +135,7 @@ bool HHDFHwDef::setDigest(std::string& digest)
 void HHDFHwDef::addDigestForFile(std::string name, std::string digest)
 {
     if (implementation_ != nullptr) {
-        implementation_->fileDigests.insert_or_assign(std::move(name), std::move(digest));
+        implementation_->fileDigests.set(name, digest);
     }
 }
 
@@ -143,7 +143,7 @@ void HHDFHwDef::updateDigest(std::string& digest, Texts& digestMap)
 {
     if (implementation_ != nullptr) {
         implementation_->digest = digest;
-        implementation_->fileDigests = digestMap;
+        implementation_->fileDigests.assign(digestMap);
     }
 }
 
@@ -167,9 +167,10 @@ bool HHDFHwDef::compareDigest(std::string& digest, Texts& digestMap, std::string
     if (implementation_ == nullptr) {
         return false;
     }
+    const Texts& recorded = implementation_->fileDigests.all();
     for (const auto& [name, computed] : digestMap) {
-        const auto stored = implementation_->fileDigests.find(name);
-        if (stored == implementation_->fileDigests.end() || stored->second != computed) {
+        const auto stored = recorded.find(name);
+        if (stored == recorded.end() || stored->second != computed) {
             message = "File: " + name + " has been tampered.";
             return false;
         }

@@ -85,6 +85,7 @@ public:
 
     std::vector<HHDFHwDefFile*> slots;  // owned; raw because the list hands out this very vector
     std::size_t nullCount = 0;
+    std::size_t withoutSrcDbCount = 0;  // entries whose source database is empty
     NameIndex<ExactName> exact;
     NameIndex<AnyCaseWithoutSrcDb> withoutSrcDb;
     // Slots whose source database became empty again after that index may have dropped them, by
@@ -112,9 +113,10 @@ void BomList::add(std::unique_ptr<HHDFHwDefFile> file)
     }
     file->list_ = this;
     file->slot_ = static_cast<std::uint32_t>(slots.size() - 1);
+    impl_->withoutSrcDbCount += file->getHwSrcDB().empty() ? 1 : 0;
     const HHDFHwDefFile* before = slots.size() > 1 ? slots[slots.size() - 2] : nullptr;
     if (before && before->hwDefFilePath_ && file->hwDefFilePath_ &&
-        *before->hwDefFilePath_ == *file->hwDefFilePath_) {
+        before->hwDefFilePath_ != file->hwDefFilePath_ && *before->hwDefFilePath_ == *file->hwDefFilePath_) {
         // Entries read from one container all name it: one text serves them.
         file->hwDefFilePath_ = before->hwDefFilePath_;
     }
@@ -130,6 +132,7 @@ std::unique_ptr<HHDFHwDefFile> BomList::remove(const HHDFHwDefFile* file)
     std::unique_ptr<HHDFHwDefFile> removed(slot);
     slot = nullptr;
     ++impl_->nullCount;
+    impl_->withoutSrcDbCount -= removed->getHwSrcDB().empty() ? 1 : 0;
     removed->list_ = nullptr;
     return removed;
 }
@@ -147,6 +150,14 @@ HHDFHwDefFile* BomList::firstNamed(std::string_view fileName) const
 
 HHDFHwDefFile* BomList::firstWithoutSrcDb(std::string_view fileName) const
 {
+    if (impl_->withoutSrcDbCount == 0) {
+        return nullptr;
+    }
+    // Whoever fills a list gives each new entry its source database at once: no index is needed then.
+    HHDFHwDefFile* const newest = impl_->slots.back();
+    if (impl_->withoutSrcDbCount == 1 && AnyCaseWithoutSrcDb::counts(newest)) {
+        return AnyCaseWithoutSrcDb::same(newest->fileName(), fileName) ? newest : nullptr;
+    }
     // NONE is above every slot.
     const std::uint32_t neverTaken = impl_->withoutSrcDb.first(impl_->slots, fileName);
     return impl_->at(impl_->reopened.empty() ? neverTaken
@@ -155,7 +166,13 @@ HHDFHwDefFile* BomList::firstWithoutSrcDb(std::string_view fileName) const
 
 void BomList::srcDbEmptied(const HHDFHwDefFile& file)
 {
+    ++impl_->withoutSrcDbCount;
     if (impl_->withoutSrcDb.hasRead(file.slot_)) {
         impl_->reopened[folded(file.fileName())].insert(file.slot_);
     }
+}
+
+void BomList::srcDbFilled()
+{
+    --impl_->withoutSrcDbCount;
 }

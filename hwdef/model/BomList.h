@@ -37,6 +37,8 @@ private:
     friend class HHDFHwDefFile;
     /// An entry's source database is about to become empty.
     void srcDbEmptied(const HHDFHwDefFile& file);
+    /// The empty source database of an entry is about to be filled.
+    void srcDbFilled();
 
     class Impl;
     std::unique_ptr<Impl> impl_;

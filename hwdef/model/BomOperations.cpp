@@ -107,6 +107,11 @@ bool HHDFHwDef::removeFileFromBom(HHDFHwDefFile* file)
 
 HHDFHwDefFile* HHDFHwDef::getBomFile(std::string& name) const
 {
+    // Boost's path takes a text apart from its start, and has its own mind on separators at the ends.
+    const std::size_t separator = name.rfind('/');
+    if (separator != std::string::npos && separator + 1 < name.size() && name.compare(0, 2, "//") != 0) {
+        return firstNamed(implementation(), std::string_view(name).substr(separator + 1));
+    }
     return firstNamed(implementation(), boost::filesystem::path(name).filename().native());
 }
 

@@ -54,9 +54,10 @@ bool HHDFHwDefFile::setHwDefFilePath(const std::string& path)
 
 void HHDFHwDefFile::setHwSrcDB(const std::string& srcDb)
 {
-    const bool isEmptied = srcDb.empty() && !hwSrcDB_.empty();
-    if (isEmptied && list_) {
+    if (list_ && srcDb.empty() && !hwSrcDB_.empty()) {
         list_->srcDbEmptied(*this);
+    } else if (list_ && !srcDb.empty() && hwSrcDB_.empty()) {
+        list_->srcDbFilled();
     }
     hwSrcDB_ = srcDb;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "hwdef/model/HHDFHwDefFileTypes.h"
 #include "platform/Export.h"
@@ -52,6 +53,9 @@ public:
     std::string getHwDefFilePath() const { return hwDefFilePath_ ? *hwDefFilePath_ : std::string(); }
     /// False and nothing changed for an empty path.
     bool setHwDefFilePath(const std::string& path);
+
+    /// The same for many entries of one container, which then share the text. Null for a file on disk.
+    void shareHwDefFilePath(std::shared_ptr<const std::string> path) { hwDefFilePath_ = std::move(path); }
 
     /// The design database the file came from.
     const std::string& getHwSrcDB() const { return hwSrcDB_; }

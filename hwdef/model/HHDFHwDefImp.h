@@ -9,6 +9,7 @@
 
 #include "hwdef/model/BomList.h"
 #include "hwdef/model/DriverMap.h"
+#include "hwdef/model/FileDigests.h"
 #include "hwdef/model/HHDFHwDef.h"
 #include "platform/HUTFile.h"
 
@@ -69,7 +70,7 @@ public:
     std::map<std::string, HHDFHwDefPartitionInfo*> partitionInfo;       // owned
     std::map<std::string, HHDFHwDefConfig*> partitionConfigs;           // owned
     std::string digest;
-    std::map<std::string, std::string> fileDigests;                     // as stored in the BOM
+    FileDigests fileDigests;                                            // as stored in the BOM
     std::string productVersion;
     std::vector<std::string> qvaExclusions;                             // file-type tokens
     std::unique_ptr<HHDFCTmpDirObject> tmpDir;

@@ -50,7 +50,7 @@ TEST(FileEntries, recordTheDigestEvenWithoutAName)
     EXPECT_EQ(entriesOf(*def), "");
     EXPECT_TRUE(reader.populateFiles(&named));
     EXPECT_TRUE(reader.populateFiles(&undigested));
-    EXPECT_EQ(def->implementation()->fileDigests, (HHDFHwDef::Texts{{"", "11"}, {"b", ""}, {"sub/a", "22"}}));
+    EXPECT_EQ(def->implementation()->fileDigests.all(), (HHDFHwDef::Texts{{"", "11"}, {"b", ""}, {"sub/a", "22"}}));
 }
 
 TEST(FileEntries, haveRoleAndHierarchyForHandoffFilesOnly)
@@ -194,6 +194,6 @@ TEST(DriverEntries, recordADigestUnderTheirPath)
     driver.add("File", {{"DIGEST", "44"}});
 
     EXPECT_TRUE(HHDFHwDefBomReader(def.get(), nullptr).populateDrivers(&drivers, "/t"));
-    EXPECT_EQ(def->implementation()->fileDigests, (HHDFHwDef::Texts{{"sub/a.c", "11"}}));
+    EXPECT_EQ(def->implementation()->fileDigests.all(), (HHDFHwDef::Texts{{"sub/a.c", "11"}}));
     EXPECT_EQ(def->getDriverFilesMap().at("v").size(), 2u);
 }

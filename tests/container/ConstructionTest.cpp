@@ -45,7 +45,7 @@ TEST(Construction, givesEveryFieldItsInitialValue)
     EXPECT_EQ(imp.mode, HHDFHwDefFileTypes::MODE_UNSET);
     EXPECT_EQ(imp.unzipDir, "");
     EXPECT_EQ(imp.digest, "");
-    EXPECT_TRUE(imp.fileDigests.empty());
+    EXPECT_TRUE(imp.fileDigests.all().empty());
     EXPECT_TRUE(imp.bom.slots().empty());
     EXPECT_EQ(imp.container->path(), "/nowhere/design.hdf");
     EXPECT_EQ(imp.owner, &def);
