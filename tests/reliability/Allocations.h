@@ -7,6 +7,18 @@
 /// which have a malloc of their own, count the operators alone. For single-threaded tests.
 namespace allocations {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool SANITIZED = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+inline constexpr bool SANITIZED = true;
+#else
+inline constexpr bool SANITIZED = false;
+#endif
+#else
+inline constexpr bool SANITIZED = false;
+#endif
+
 /// Which allocations fail.
 enum class Failing {
     ONE,       ///< the n-th alone

@@ -82,6 +82,16 @@ __attribute__((visibility("default"))) void* operator new(std::size_t size)
     return block;
 }
 
+__attribute__((visibility("default"))) void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return mayAllocate() ? taken(std::malloc(size)) : nullptr;
+}
+
+__attribute__((visibility("default"))) void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
 __attribute__((visibility("default"))) void operator delete(void* block) noexcept
 {
     held -= block != nullptr ? 1 : 0;
@@ -89,6 +99,16 @@ __attribute__((visibility("default"))) void operator delete(void* block) noexcep
 }
 
 __attribute__((visibility("default"))) void operator delete(void* block, std::size_t) noexcept
+{
+    operator delete(block);
+}
+
+__attribute__((visibility("default"))) void operator delete[](void* block) noexcept
+{
+    operator delete(block);
+}
+
+__attribute__((visibility("default"))) void operator delete[](void* block, std::size_t) noexcept
 {
     operator delete(block);
 }
