@@ -4,11 +4,12 @@ PRESET ?= $(if $(CI),ci,release)
 JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 LOG := build/$(PRESET).configure.log
+SECONDS ?= 60
 BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak build debug bench bench-smoke bench-build packages configure clean
+.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug bench bench-smoke bench-build packages configure clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z][a-z-]*\):.*## /\1|/p' $(MAKEFILE_LIST) | while IFS='|' read -r name what; do \
@@ -32,6 +33,26 @@ tsan: ## Run the tests with threads under the thread sanitizer
 soak: configure ## Open 100,000 and write 10,000 times in one process, which must not grow
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target tests_reliability
 	HWDEF_SOAK_OPENS=100000 HWDEF_SOAK_WRITES=10000 $(BUILD)/tests/tests_reliability --gtest_filter='Soak.*'
+
+fuzz: ## Fuzz each target for SECONDS=60 and keep what was found for the next run
+	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/fuzz-packages.txt
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS)
+	@sh tests/fuzz/run.sh build/fuzz/tests/fuzz $(SECONDS) $(JOBS)
+
+coverage: ## Run every test and show which lines of the library none of them reaches
+	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/coverage-packages.txt
+	@cmake --preset coverage >/dev/null
+	@cmake --build --preset coverage -j $(JOBS)
+	@find build/coverage -name '*.gcda' -delete
+	cd build/coverage && ctest --output-on-failure -j $(JOBS)
+	gcovr --root . --filter hwdef/ --filter platform/ --gcov-ignore-parse-errors --exclude-throw-branches \
+	    --fail-under-line 95 build/coverage
+
+valgrind: ## Run the tests under valgrind: no leak, no invalid access
+	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/valgrind-packages.txt
+	@$(MAKE) --no-print-directory build PRESET=debug
+	@sh tests/valgrind.sh build/debug/tests $(JOBS)
 
 build: configure ## Build the library, the examples and the tests (PRESET=release)
 	@cmake --build --preset $(PRESET) -j $(JOBS)

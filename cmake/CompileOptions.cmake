@@ -30,3 +30,7 @@ if(HWDEF_FUZZ)
   target_compile_options(hwdef_options INTERFACE -fsanitize=fuzzer-no-link
     -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/tests/fuzz/ignored-findings.txt)
 endif()
+if(HWDEF_COVERAGE)
+  target_compile_options(hwdef_options INTERFACE --coverage)
+  target_link_options(hwdef_options INTERFACE --coverage)
+endif()
