@@ -108,7 +108,7 @@ TEST(ArchiveBomb, isOpenedWithHalfAMillionMembers)
             support::little(20, 2) + support::little(0, 4) + support::little(0x00210000, 4) +
             support::little(support::crc32(content), 4) + support::little(content.size(), 4) +
             support::little(content.size(), 4) + support::little(name.size(), 2) + support::little(0, 2);
-        directory += "PK\x01\x02" + support::little(20, 2) + common + support::little(0, 10) +
+        directory += "PK\x01\x02" + support::little(20, 2) + common + std::string(10, '\0') +
                      support::little(bytes.size(), 8).substr(0, 4) + name;
         bytes += "PK\x03\x04" + common + name + content;
     };

@@ -89,7 +89,7 @@ constexpr Bomb bombs[] = {
     {"elementsWithAttributes", "<Project Version='1' Minor='2'>", "<x b=''/>", noRoot, 3'000'000, true},
     {"piecesOfText", root, "x<!---->", noRoot, 7'000'000, false},
     {"fewerPiecesOfText", root, "x<!---->", noRoot, 3'500'000, true},
-    {"sections", root, "<![CDATA[x]]>", noRoot, 6'000'000, false},
+    {"sections", root, "<![CDATA[x]]>", noRoot, 8'000'000, false},
     {"elementsWithText", root, "<a>x</a>", noRoot, 2'800'000, true},
     {"aMillionNestedElements", root, "<a b='#'>", nullptr, 1'000'000, true},
     {"manyNestedElements", root, "<a>", nullptr, 10'000'000, false},
@@ -125,10 +125,18 @@ void appendUnit(std::string& text, const std::string& unit, std::size_t number)
     }
 }
 
+/// Under a sanitizer, where memory can't be measured and time runs differently, a twentieth will do: the
+/// question left is whether anything is done wrong.
+std::size_t countOf(const Bomb& bomb)
+{
+    return support::isSanitized() ? bomb.count / 20 : bomb.count;
+}
+
 void writeBomb(const Bomb& bomb, const std::string& path)
 {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
     ASSERT_NE(file, nullptr);
+    const std::size_t count = countOf(bomb);
     std::string text = bomb.front;
     const auto flush = [&](std::size_t most) {
         if (text.size() > most) {
@@ -136,11 +144,11 @@ void writeBomb(const Bomb& bomb, const std::string& path)
             text.clear();
         }
     };
-    for (std::size_t number = 0; number < bomb.count; ++number) {
+    for (std::size_t number = 0; number < count; ++number) {
         appendUnit(text, bomb.unit, number);
         flush(1U << 20U);
     }
-    for (std::size_t number = 0; bomb.back == nullptr && number < bomb.count; ++number) {
+    for (std::size_t number = 0; bomb.back == nullptr && number < count; ++number) {
         text += "</a>";
         flush(1U << 20U);
     }
@@ -165,8 +173,9 @@ TEST_P(BomBomb, isOpenedOrRefusedWithinItsLimits)
     });
     RecordProperty("peakMiB", static_cast<int>(measured.peakBytes / mebibyte));
     RecordProperty("cpuMs", static_cast<int>(measured.cpuSeconds * 1000));
-    EXPECT_EQ(measured.exitCode, GetParam().opens ? 7 : 1) << "signal " << measured.signal;
+    EXPECT_TRUE(measured.exitCode == 7 || measured.exitCode == 1) << "signal " << measured.signal;
     if (!support::isSanitized()) {
+        EXPECT_EQ(measured.exitCode == 7, GetParam().opens);
         EXPECT_LT(measured.peakBytes, mostBytes);
         EXPECT_LT(measured.cpuSeconds, mostSeconds);
     }
