@@ -138,19 +138,22 @@ Elements::Elements(pugi::xml_node root)
 
 HXMLWInterface::Size Elements::size(std::size_t textBytes) const
 {
+    constexpr std::size_t longBytes = 256;
     std::size_t sum = 0;
     std::size_t longest = 0;
+    std::size_t allLong = 0;
     for (std::size_t at = 0; at < elementCount_; ++at) {
         const Element& element = elements_[at];
         for (const Attribute* one = element.attributes; one != elements_[at + 1].attributes; ++one) {
             const std::size_t length = std::strlen(element.name + one->value);
             sum += length;
             longest = std::max(longest, length);
+            allLong += length > longBytes ? length : 0;
         }
     }
     return {elementCount_,
             textBytes + elementCount_ * sizeof(Element) + attributes_.size() * sizeof(Attribute), sum,
-            longest};
+            longest, allLong};
 }
 
 /// Where the lines of a text end, kept apart because parsing in place overwrites the text.

@@ -30,6 +30,7 @@ public:
         std::uint64_t bytes = 0;              ///< of memory that the document takes, its text included
         std::uint64_t valueBytes = 0;         ///< of all attributes' values
         std::uint64_t longestValueBytes = 0;  ///< of one attribute
+        std::uint64_t longValuesBytes = 0;    ///< of all attributes' values that are longer than 256 bytes
     };
 
     /// The most memory that reading this text takes at any time, judged by its characters alone: never

@@ -50,12 +50,13 @@ std::size_t skipLiteral(std::string_view document, std::size_t at)
 std::optional<utf::code_point> referenceNumber(std::string_view document, std::size_t at)
 {
     const bool hexadecimal = document.substr(at, 1) == "x";
-    const std::string_view digits =
-        document.substr(hexadecimal ? at + 1 : at, document.find(';', at) - (hexadecimal ? at + 1 : at));
+    const std::string_view rest = document.substr(hexadecimal ? at + 1 : at);
     utf::code_point number = 0;
+    // The digits end where they end: to look for the ";" first would go through the whole document for
+    // each reference that has none.
     const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), number, hexadecimal ? 16 : 10);
-    if (digits.empty() || end != digits.data() + digits.size() || error == std::errc::invalid_argument) {
+        std::from_chars(rest.data(), rest.data() + rest.size(), number, hexadecimal ? 16 : 10);
+    if (error == std::errc::invalid_argument || end == rest.data() + rest.size() || *end != ';') {
         return std::nullopt;
     }
     return error == std::errc::result_out_of_range ? 0 : number;

@@ -114,7 +114,17 @@ bool HHDFHwDefBomReader::populateDriverSource(const std::string& name)
         refuse(*def_, name, unzipDir);
         return false;
     }
-    return populateDriverFiles(unzipDir + "/" + name);
+    const std::string path = unzipDir + "/" + name;
+    const std::string place = resolved(path).native();
+    if (walkedSources_.contains(place)) {
+        def_->setDriversTopDir(path);  // what a second walk would change
+        return true;
+    }
+    if (!populateDriverFiles(path)) {
+        return false;
+    }
+    walkedSources_.insert(place);
+    return true;
 }
 
 bool HHDFHwDefBomReader::populateDriverFiles(const std::string& path)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 
 #include "hwdef/model/HHDFHwDef.h"
@@ -106,5 +107,6 @@ private:
 
     HHDFHwDef* def_;
     HXMLWElement* root_;
+    std::set<std::string> walkedSources_;           ///< driver sources of the BOM, links resolved
     std::shared_ptr<const std::string> container_;  ///< its path, for all entries, once one was read
 };

@@ -19,6 +19,9 @@ constexpr std::uint64_t otherBytes = 280;
 constexpr std::uint64_t digestTextBytes = 200;
 /// A driver source makes no entry, but costs the system's answers and a message.
 constexpr std::uint64_t driverSourceBytes = 1024;
+/// How often the definition keeps a text that is too long for the room that each element is given here,
+/// beside the first time; and the digests once more.
+constexpr std::uint64_t furtherCopies = 3;
 /// How often the reader copies a text on its way, at most.
 constexpr std::uint64_t copies = 5;
 
@@ -29,7 +32,8 @@ BomSize::BomSize(const HXMLWInterface& document, const std::string& container) :
     const HXMLWInterface::Size size = document.size();
     documentBytes_ = size.bytes;
     transientBytes_ = copies * size.longestValueBytes;
-    definitionBytes_ = size.valueBytes;
+    definitionBytes_ = size.valueBytes + furtherCopies * size.longValuesBytes;
+    digestBytes_ = furtherCopies * size.longValuesBytes;
     count(*document.getRootElement());
 }
 

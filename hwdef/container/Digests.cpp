@@ -1,6 +1,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "hwdef/container/MemberEntry.h"
 #include "hwdef/container/Sha1.h"
@@ -84,10 +85,13 @@ private:
     bool mayDigest(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
     {
         const std::uint64_t most = mostBytes(reader);
-        if (digestedBytes_ > most || entry.size > most - digestedBytes_) {
+        std::uint64_t& digested = digestedBytes_[reader.path()];
+        // What is packed may be the longer one: deflate has blocks that hold nothing.
+        const std::uint64_t cost = std::max(entry.size, entry.compressedSize);
+        if (digested > most || cost > most - digested) {
             return false;
         }
-        digestedBytes_ += entry.size;
+        digested += cost;
         return true;
     }
 
@@ -110,7 +114,7 @@ private:
         }
     }
 
-    std::uint64_t digestedBytes_ = 0;  // of members, unpacked
+    std::unordered_map<std::string, std::uint64_t> digestedBytes_;  // by archive
     SourceArchives archives_;
     Sha1 sha1_;
     platform::Buffer buffer_{bufferBytes};

@@ -107,7 +107,9 @@ bool fitsMemory(std::uint64_t bytes, const Bom& bom, const char* what)
 bool readDocument(HHDFHwDefImp& imp, std::string buffer, Bom& bom, bool checkIntegrity,
                   const std::string& driverPath)
 {
-    const bool isSmall = buffer.size() <= platform::limits::maxDocumentMemory() / mostBytesPerByte;
+    // A driver's file repeats the container's path twice, and is told in a dozen characters.
+    const bool isSmall = buffer.size() <= platform::limits::maxDocumentMemory() /
+                                              (mostBytesPerByte + bom.container.size() / 6);
     if (!isSmall && !fitsMemory(HXMLWInterface::mostBytes(buffer), bom, "parsing it")) {
         return false;
     }

@@ -55,6 +55,8 @@ public:
 private:
     /// Of one member without its characters, in a list that grows and in a map.
     static constexpr std::uint64_t memberBytes = 320;
+    /// Of one level of nesting.
+    static constexpr std::uint64_t levelBytes = 32;
 
     using NumberText = rapidjson::GenericStringBuffer<Utf8, platform::JsonMemory>;
     using NumberWriter = rapidjson::Writer<NumberText, Utf8, Utf8, platform::JsonMemory>;
@@ -84,7 +86,13 @@ private:
     {
         const bool goesOn = add("");
         ++depth_;
-        return goesOn;
+        if (depth_ > deepest_) {
+            // The parser keeps a note of each open level, in memory that it doubles as it grows.
+            deepest_ = depth_;
+            tooMany_ = tooMany_ || levelBytes > memoryLeft_;
+            memoryLeft_ -= tooMany_ ? 0 : levelBytes;
+        }
+        return goesOn && !tooMany_;
     }
     bool close()
     {
@@ -95,6 +103,7 @@ private:
     TextPairs members_;
     std::string key_;
     std::size_t depth_ = 0;
+    std::size_t deepest_ = 0;
     std::uint64_t memoryLeft_;
     bool tooMany_ = false;
     bool rootIsObject_ = false;

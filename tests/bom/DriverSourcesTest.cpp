@@ -93,6 +93,23 @@ TEST_F(DriverSources, thatAreMissingDrawAMessageAndReadingGoesOn)
     EXPECT_FALSE(read("drivers"));
 }
 
+TEST_F(DriverSources, areWalkedOnceHoweverOftenTheyAreListed)
+{
+    for (int i = 0; i < 300; ++i) {
+        writeFile(unzipDir + "/src/" + std::to_string(i) + ".c", "");
+    }
+    std::string document = "<Project Version='1' Minor='0'>";
+    for (int i = 0; i < 20'000; ++i) {
+        document += "<File Type='DRIVER_SRC' Name='src'/>";
+    }
+    document += "<File Type='DRIVER_SRC' Name='.'/><File Type='DRIVER_SRC' Name='./src'/></Project>";
+    ASSERT_TRUE(support::readBomText(*def, document));
+
+    EXPECT_EQ(driverDirsOf(*def).size(), 600u);
+    EXPECT_EQ(def->getDriversTopDir(), unzipDir + "/./src");
+    EXPECT_EQ(messages.joined(), "");
+}
+
 TEST_F(DriverSources, needAPath)
 {
     EXPECT_FALSE(walk(""));

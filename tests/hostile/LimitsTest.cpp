@@ -186,3 +186,45 @@ TEST(Limits, refuseAParameterMemberOfTooManyMembers)
                                      ": member \"p.json\": its members take more than the 1000000 bytes of "
                                      "memory allowed\n");
 }
+
+TEST(Limits, refuseAParameterMemberThatIsNestedTooDeeply)
+{
+    const TempDir dir;
+    const std::string nested =
+        "{\"refName\":\"a\",\"x\":" + std::string(50'000, '[') + std::string(50'000, ']') + "}";
+    support::writeArchive(dir / "design.hdf", {{"p.json", nested}});
+    EXPECT_EQ(parametersOf(dir / "design.hdf"), "a");
+
+    const Limit limit("hwdef.maxDocumentMemory", "1000000");
+    const Messages messages;
+    EXPECT_EQ(parametersOf(dir / "design.hdf"), "");
+    EXPECT_EQ(messages.joined(), "text: " + dir / "design.hdf" +
+                                     ": member \"p.json\": its members take more than the 1000000 bytes of "
+                                     "memory allowed\n");
+}
+
+TEST(Limits, boundDigestsOfEachContainerByItself)
+{
+    const TempDir dir;
+    for (const char* name : {"a", "b"}) {
+        support::writeFile(dir / name + ".bit", std::string(40'000, name[0]));
+        ASSERT_TRUE(HHDFHwDefUtils::writeHDF(dir / name + ".hdf", {{dir / name + ".bit", HHDFHwDefFileTypes::BIT}},
+                                             true, {}, {}));
+    }
+    const auto a = HHDFHwDefUtils::getHDF(dir / "a.hdf");
+    const auto b = HHDFHwDefUtils::getHDF(dir / "b.hdf");
+    ASSERT_TRUE(a != nullptr && b != nullptr);
+    const auto merged = HHDFHwDefUtils::getMrgdHDF({a.get(), b.get()}, dir / "m.hdf");
+    ASSERT_NE(merged, nullptr);
+    const Limit limit("hwdef.maxDigestedBytes", "50000");
+    const Messages messages;
+    std::string digest;
+    HHDFHwDef::Texts digests;
+    merged->calculateDigest(digest, digests);
+
+    EXPECT_EQ(messages.joined(), "");
+    std::string overall;
+    HHDFHwDef::Texts alone;
+    b->calculateDigest(overall, alone);
+    EXPECT_EQ(digests["b.bit"], alone["b.bit"]);
+}

@@ -80,6 +80,15 @@ TEST(XmlText, findsReferencesToWhatIsNoCharacterOfXml)
     }
 }
 
+TEST(XmlText, goesThroughReferencesWithoutEndAtOneSpeed)
+{
+    std::string document = "<a b='";
+    for (int i = 0; i < 8'000'000; ++i) {
+        document += "&#";
+    }
+    EXPECT_FALSE(findBadReference(document + "'/>").has_value());
+}
+
 TEST(XmlText, findsNoBadReferenceWhereThereIsNone)
 {
     for (const char* document : {"<a b='&#9;&#10;&#xD;&#x1F600;&amp;'/>", "<!-- &#0; --><a/>", "<?p &#0; ?><a/>",
