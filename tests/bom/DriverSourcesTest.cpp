@@ -95,17 +95,16 @@ TEST_F(DriverSources, thatAreMissingDrawAMessageAndReadingGoesOn)
 
 TEST_F(DriverSources, areWalkedOnceHoweverOftenTheyAreListed)
 {
-    for (int i = 0; i < 300; ++i) {
-        writeFile(unzipDir + "/src/" + std::to_string(i) + ".c", "");
-    }
-    std::string document = "<Project Version='1' Minor='0'>";
-    for (int i = 0; i < 20'000; ++i) {
-        document += "<File Type='DRIVER_SRC' Name='src'/>";
-    }
-    document += "<File Type='DRIVER_SRC' Name='.'/><File Type='DRIVER_SRC' Name='./src'/></Project>";
-    ASSERT_TRUE(support::readBomText(*def, document));
+    writeFile(unzipDir + "/src/first.c", "");
+    FakeElement listed("File", {{"Type", "DRIVER_SRC"}, {"Name", "src"}});
+    FakeElement again("File", {{"Type", "DRIVER_SRC"}, {"Name", "./src"}});
+    HHDFHwDefBomReader reader(def.get(), nullptr);
+    ASSERT_TRUE(reader.populateFiles(&listed));
+    writeFile(unzipDir + "/src/second.c", "");
+    EXPECT_TRUE(reader.populateFiles(&again));
 
-    EXPECT_EQ(driverDirsOf(*def).size(), 600u);
+    // A second walk would have seen the file that came meanwhile.
+    EXPECT_EQ(driverDirsOf(*def).size(), 1u);
     EXPECT_EQ(def->getDriversTopDir(), unzipDir + "/./src");
     EXPECT_EQ(messages.joined(), "");
 }
