@@ -25,5 +25,8 @@ public:
     /// the children.
     virtual std::shared_ptr<std::vector<HXMLWElement*>> getChildren() const = 0;
 
+    /// False only when getChildren() would give an empty list; for walks over very many elements.
+    virtual bool hasChildren() const { return true; }
+
     virtual ~HXMLWElement();
 };

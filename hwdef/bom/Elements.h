@@ -35,7 +35,7 @@ inline bool isNamed(const HXMLWElement* element, const char* name)
 template <typename Read>
 void forEachChild(const HXMLWElement* element, Read read)
 {
-    if (!element) {
+    if (!element || !element->hasChildren()) {
         return;
     }
     const auto children = element->getChildren();

@@ -176,7 +176,7 @@ bool HHDFHwDefBomReader::populateAddrTags(HXMLWElement* element)
 
 bool HHDFHwDefBomReader::populateFiles(HXMLWElement* element)
 {
-    const std::string name = attributeOf(element, attribute::NAME);
+    const std::string_view name = textOf(element, attribute::NAME);
     HHDFHwDefImp* const imp = def_->implementation();
     if (imp) {
         imp->fileDigests.set(name, textOf(element, attribute::DIGEST));
@@ -184,20 +184,32 @@ bool HHDFHwDefBomReader::populateFiles(HXMLWElement* element)
     if (name.empty()) {
         return false;
     }
-    const auto type = HHDFHwDefFileTypes::getHWHFileType(attributeOf(element, attribute::TYPE));
+    const auto type = fileTypeOf(textOf(element, attribute::TYPE));
     if (type == HHDFHwDefFileTypes::DRIVER_SRC) {
-        return populateDriverSource(name);
+        return populateDriverSource(std::string(name));
     }
     if (imp) {
-        addEntry(*imp, imp->unzipDir + "/" + name, type, element);
+        addEntry(*imp, name, type, element);
     }
     return true;
 }
 
-void HHDFHwDefBomReader::addEntry(HHDFHwDefImp& imp, const std::string& path, HHDFHwDef::FileType type,
+HHDFHwDef::FileType HHDFHwDefBomReader::fileTypeOf(std::string_view token)
+{
+    if (token.empty() || token != typeToken_) {
+        typeToken_ = token;
+        type_ = HHDFHwDefFileTypes::getHWHFileType(typeToken_);
+    }
+    return type_;
+}
+
+void HHDFHwDefBomReader::addEntry(HHDFHwDefImp& imp, std::string_view name, HHDFHwDef::FileType type,
                                   const HXMLWElement* element)
 {
-    auto file = std::make_unique<HHDFHwDefFile>(path);
+    std::string path;
+    path.reserve(imp.unzipDir.size() + 1 + name.size());
+    path.append(imp.unzipDir).append(1, '/').append(name);
+    auto file = std::make_unique<HHDFHwDefFile>(std::move(path));
     file->setFileType(type);
     if (type == HHDFHwDefFileTypes::HW_HANDOFF) {
         const std::string token = attributeOf(element, attribute::BD_TYPE);
@@ -217,7 +229,7 @@ void HHDFHwDefBomReader::addEntry(HHDFHwDefImp& imp, const std::string& path, HH
     // the attributes.
     HHDFHwDef::Texts attributes = fileAttributesOf(element);
     if (!attributes.empty()) {
-        def_->addFileAttrs(path, attributes);
+        def_->addFileAttrs(imp.unzipDir + "/" + std::string(name), attributes);
     }
     const std::string_view srcDb = textOf(element, attribute::SRC_DB);
     HHDFHwDefFile* const taker = srcDb.empty() ? nullptr : imp.bom.firstWithoutSrcDb(added.fileName());
@@ -232,14 +244,18 @@ bool HHDFHwDefBomReader::populateDrivers(HXMLWElement* element, std::string driv
         (driverPath.empty() ? def_->getUnzipDir() : driverPath) + "/" + value::DRIVERS_DIR;
     def_->setDriversTopDir(topDir);
     const std::string container = containerPathOf(*def_);
+    HHDFHwDefImp* const imp = def_->implementation();
     forEachChild(element, [&](const HXMLWElement* driver) {
-        const std::string vlnv = attributeOf(driver, attribute::IP_VLNV);
+        DriverMap::Files* list = nullptr;  // a driver without files is none
         forEachChild(driver, [&](const HXMLWElement* file) {
             const std::string path = attributeOf(file, attribute::PATH);
-            if (path.empty()) {
+            if (path.empty() || !imp) {
                 return;
             }
-            def_->addDriverFileToBom(vlnv, topDir, path, container);
+            if (!list) {
+                list = &imp->drivers.listOf(attributeOf(driver, attribute::IP_VLNV));
+            }
+            imp->drivers.add(*list, HHDFHwDefDriver(topDir + '/' + path, path, container));
             const std::string digest = attributeOf(file, attribute::DIGEST);
             if (!digest.empty()) {
                 def_->addDigestForFile(path, digest);
@@ -273,11 +289,18 @@ bool HHDFHwDefBomReader::populatePartitionInfo(HXMLWElement* element)
         }
         std::string path = attributeOf(partition, attribute::INSTANCE_PATH);
         const std::string defaultRm = attributeOf(partition, attribute::DEFAULT_CONFIG_RM);
+        HHDFHwDefPartitionInfo* info = nullptr;
         forEachChild(partition, [&](const HXMLWElement* module) {
             std::string rmName = attributeOf(module, attribute::RM_NAME);
             // A module's file names are not read back: this text stands for all of them.
             std::string file = "bitFile";
-            def_->addPartitionInfo(path, rmName, file, HSTStringUtils::iequals(rmName, defaultRm));
+            const bool isDefault = HSTStringUtils::iequals(rmName, defaultRm);
+            if (info) {
+                info->addPartitionInfo(rmName, file, isDefault);
+            } else {
+                def_->addPartitionInfo(path, rmName, file, isDefault);
+                info = def_->getPartitionInfo().at(path);
+            }
         });
     });
     return true;
@@ -285,20 +308,25 @@ bool HHDFHwDefBomReader::populatePartitionInfo(HXMLWElement* element)
 
 bool HHDFHwDefBomReader::populateConfigurations(HXMLWElement* element)
 {
+    HHDFHwDefImp* const imp = def_->implementation();
     forEachChild(element, [&](const HXMLWElement* configuration) {
         if (!isNamed(configuration, element::PR_CONFIGURATION)) {
             return;
         }
-        const std::string name = attributeOf(configuration, attribute::NAME);
-        const bool active =
-            HSTStringUtils::iequals(attributeOf(configuration, attribute::ACTIVE), value::YES);
+        HHDFHwDefConfig* config = nullptr;  // one without cells is none
         forEachChild(configuration, [&](const HXMLWElement* cell) {
-            if (isNamed(cell, element::PARTITION_INST_MAP)) {
-                def_->addPartitionCell(name, attributeOf(cell, attribute::INSTANCE_PATH),
-                                       attributeOf(cell, attribute::RM_NAME), "", active);
-            } else if (isNamed(cell, element::GRAY_BOX_INST)) {
-                def_->addPartitionCell(name, attributeOf(cell, attribute::NAME), "", "", active);
+            const bool isMapped = isNamed(cell, element::PARTITION_INST_MAP);
+            if (!isMapped && !isNamed(cell, element::GRAY_BOX_INST)) {
+                return;
             }
+            if (!config) {
+                const bool active =
+                    HSTStringUtils::iequals(attributeOf(configuration, attribute::ACTIVE), value::YES);
+                config = &imp->configNamed(attributeOf(configuration, attribute::NAME), active);
+            }
+            imp->addPartitionCell(*config,
+                                  attributeOf(cell, isMapped ? attribute::INSTANCE_PATH : attribute::NAME),
+                                  isMapped ? attributeOf(cell, attribute::RM_NAME) : std::string(), "");
         });
     });
     return true;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "hwdef/model/HHDFHwDef.h"
 #include "platform/Export.h"
@@ -97,8 +98,9 @@ private:
     void readRootChild(HXMLWElement* child, const std::string& driverPath);
     bool populateToolVersion(HXMLWElement* element);
     bool populateUsedResources(HXMLWElement* element);
+    HHDFHwDef::FileType fileTypeOf(std::string_view token);
     /// Appends the entry of a File element.
-    void addEntry(HHDFHwDefImp& imp, const std::string& path, HHDFHwDef::FileType type,
+    void addEntry(HHDFHwDefImp& imp, std::string_view name, HHDFHwDef::FileType type,
                   const HXMLWElement* element);
     /// A File of the type DRIVER_SRC; see populateFiles.
     bool populateDriverSource(const std::string& name);
@@ -108,5 +110,7 @@ private:
     HHDFHwDef* def_;
     HXMLWElement* root_;
     std::set<std::string> walkedSources_;           ///< driver sources of the BOM, links resolved
+    std::string typeToken_;                         ///< of the File before, which is mostly the next one's
+    HHDFHwDef::FileType type_ = HHDFHwDefFileTypes::UNKNOWN;
     std::shared_ptr<const std::string> container_;  ///< its path, for all entries, once one was read
 };

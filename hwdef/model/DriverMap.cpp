@@ -13,9 +13,8 @@ constexpr std::size_t walkedLength = 16;
 
 }  // namespace
 
-void DriverMap::add(const std::string& name, HHDFHwDefDriver record)
+void DriverMap::add(Files& list, HHDFHwDefDriver record)
 {
-    Files& list = files_[name];
     if (list.size() < walkedLength) {
         const auto isRecord = [&](const HHDFHwDefDriver& other) { return isSame(other, record); };
         if (std::none_of(list.begin(), list.end(), isRecord)) {
@@ -23,7 +22,7 @@ void DriverMap::add(const std::string& name, HHDFHwDefDriver record)
         }
         return;
     }
-    Places& places = placesOf(name, list);
+    Places& places = placesOf(list);
     list.push_back(std::move(record));
     if (!places.insert(static_cast<std::uint32_t>(list.size() - 1)).second) {
         list.pop_back();
@@ -32,8 +31,9 @@ void DriverMap::add(const std::string& name, HHDFHwDefDriver record)
 
 void DriverMap::replace(const std::string& name, Files records)
 {
-    places_.erase(name);
-    files_[name] = std::move(records);
+    Files& list = files_[name];
+    places_.erase(&list);
+    list = std::move(records);
 }
 
 void DriverMap::replaceAll(const std::map<std::string, Files>& files)
@@ -42,9 +42,9 @@ void DriverMap::replaceAll(const std::map<std::string, Files>& files)
     files_ = files;
 }
 
-DriverMap::Places& DriverMap::placesOf(const std::string& name, const Files& list)
+DriverMap::Places& DriverMap::placesOf(const Files& list)
 {
-    const auto [found, isNew] = places_.try_emplace(name, walkedLength, PlaceHash{&list}, PlaceEqual{&list});
+    const auto [found, isNew] = places_.try_emplace(&list, walkedLength, PlaceHash{&list}, PlaceEqual{&list});
     if (isNew) {
         for (std::uint32_t place = 0; place < list.size(); ++place) {
             found->second.insert(place);

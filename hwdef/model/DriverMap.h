@@ -6,10 +6,10 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "hwdef/model/HHDFHwDefDriver.h"
-#include "platform/KeyedHash.h"
 
 /// Driver name to its files in insertion order, with an index that answers "is this file already
 /// there" without a walk.
@@ -23,8 +23,12 @@ public:
 
     const std::map<std::string, Files>& files() const { return files_; }
 
-    /// Appends a record unless one with the same three texts is in the driver's list.
-    void add(const std::string& name, HHDFHwDefDriver record);
+    /// The driver's list, made when there is none; stays where it is. For add(): who has many records of
+    /// one driver looks its name up once.
+    Files& listOf(const std::string& name) { return files_[name]; }
+    /// Appends a record to a driver's list unless one with the same three texts is in it.
+    void add(Files& list, HHDFHwDefDriver record);
+    void add(const std::string& name, HHDFHwDefDriver record) { add(listOf(name), std::move(record)); }
     /// Sets or replaces a driver's list, repeats included.
     void replace(const std::string& name, Files records);
     /// Takes another map's content in place of the present one.
@@ -43,8 +47,8 @@ private:
         bool operator()(std::uint32_t left, std::uint32_t right) const;
     };
     using Places = std::unordered_set<std::uint32_t, PlaceHash, PlaceEqual>;
-    Places& placesOf(const std::string& name, const Files& list);
+    Places& placesOf(const Files& list);
 
     std::map<std::string, Files> files_;
-    std::unordered_map<std::string, Places, platform::KeyedHash> places_;  // of the long lists that were added to
+    std::unordered_map<const Files*, Places> places_;  // of the long lists that were added to
 };

@@ -5,6 +5,8 @@
 
 HHDFHwDefFile::HHDFHwDefFile(const std::string& path) : file_(path) {}
 
+HHDFHwDefFile::HHDFHwDefFile(std::string&& path) : file_(std::move(path)) {}
+
 HHDFHwDefFile::HHDFHwDefFile(const HHDFHwDefFile& other)
     : file_(other.getFile()),
       fileType_(other.fileType_),

@@ -27,8 +27,11 @@ public:
 
     // Implemented in model/.
     bool addPartitionInfo(std::string& partitionPath, std::string& rmName, std::string& file, bool isDefault);
-    void addPartitionCell(const std::string& configName, const std::string& instPath,
-                          const std::string& rmName, const std::string& file, bool isActive);
+    /// The configuration of that name, made with that flag when there is none.
+    HHDFHwDefConfig& configNamed(const std::string& name, bool isActive);
+    /// Adds a cell: a gray box when no module fills it.
+    static void addPartitionCell(HHDFHwDefConfig& config, const std::string& instPath,
+                                 const std::string& rmName, const std::string& file);
     void printPartitionInfo() const;
 
     // Implemented in container/.

@@ -40,16 +40,20 @@ bool HHDFHwDefImp::addPartitionInfo(std::string& partitionPath, std::string& rmN
     return isNew || info->addPartitionInfo(rmName, file, isDefault);
 }
 
-void HHDFHwDefImp::addPartitionCell(const std::string& configName, const std::string& instPath,
-                                    const std::string& rmName, const std::string& file, bool isActive)
+HHDFHwDefConfig& HHDFHwDefImp::configNamed(const std::string& name, bool isActive)
 {
-    HHDFHwDefConfig* config = findOrMake(partitionConfigs, configName, [&] {
-                                  return std::make_unique<HHDFHwDefConfig>(configName, isActive);
-                              }).first;
+    return *findOrMake(partitionConfigs, name, [&] {
+                return std::make_unique<HHDFHwDefConfig>(name, isActive);
+            }).first;
+}
+
+void HHDFHwDefImp::addPartitionCell(HHDFHwDefConfig& config, const std::string& instPath,
+                                    const std::string& rmName, const std::string& file)
+{
     if (rmName.empty()) {
-        config->addGrayBoxCell(instPath);
+        config.addGrayBoxCell(instPath);
     } else {
-        config->addPartitionCellRM(instPath, rmName, file, HHDFHwDefFileTypes::BIT);
+        config.addPartitionCellRM(instPath, rmName, file, HHDFHwDefFileTypes::BIT);
     }
 }
 
@@ -76,7 +80,8 @@ bool HHDFHwDef::addPartitionInfo(std::string& partitionPath, std::string& rmName
 void HHDFHwDef::addPartitionCell(const std::string& configName, const std::string& instPath,
                                  const std::string& rmName, const std::string& file, bool isActive)
 {
-    implementation_->addPartitionCell(configName, instPath, rmName, file, isActive);
+    HHDFHwDefConfig& config = implementation_->configNamed(configName, isActive);
+    HHDFHwDefImp::addPartitionCell(config, instPath, rmName, file);
 }
 
 const std::map<std::string, HHDFHwDefPartitionInfo*>& HHDFHwDef::getPartitionInfo() const

@@ -181,5 +181,32 @@ TEST_P(BomBomb, isOpenedOrRefusedWithinItsLimits)
     }
 }
 
+TEST(LongNames, looksALongNameUpOnceAndNotForEachChild)
+{
+    const std::string name(4'000'000, 'x');
+    const Bomb longNames[] = {
+        {"driver", "<DRIVERS><a IP_VLNV='", "<a PATH='#'/>", "</a></DRIVERS>", 100'000, true},
+        {"partition", "<Instance_Paths><Reconfigurable_Partition Instance_Path='", "<a RM_NAME='#'/>",
+         "</Reconfigurable_Partition></Instance_Paths>", 100'000, true},
+        {"configuration", "<PRConfigurations><PRConfiguration Name='",
+         "<PartitionInstMap RM_NAME='1' Instance_Path='#'/>", "</PRConfiguration></PRConfigurations>", 100'000,
+         true},
+    };
+    for (const Bomb& bomb : longNames) {
+        std::string text = "<Project Version='1' Minor='7'>" + (bomb.front + name) + "'>";
+        for (std::size_t number = 0; number < countOf(bomb); ++number) {
+            appendUnit(text, bomb.unit, number);
+        }
+        text += bomb.back + std::string(noRoot);
+        const TempDir dir;
+        support::writeArchive(dir / "design.hdf", {{"hwdef.xml", text}});
+        const Measured measured = support::measureInChild(dir.path(), mostAddressBytes, [&] {
+            return HHDFHwDefUtils::getHDF(dir / "design.hdf") != nullptr ? 7 : 1;
+        });
+        EXPECT_EQ(measured.exitCode, 7) << bomb.name;
+        EXPECT_LT(measured.cpuSeconds, mostSeconds) << bomb.name;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Of, BomBomb, testing::ValuesIn(bombs),
                          [](const auto& info) { return std::string(info.param.name); });
