@@ -7,6 +7,7 @@
 #include <limits>
 #include <optional>
 #include <pugixml.hpp>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -39,17 +40,20 @@ public:
     const char* getTagName() const override { return name; }
     const char* getAttribute(const char* wanted) const override;
     std::shared_ptr<std::vector<HXMLWElement*>> getChildren() const override;
+    bool hasChildren() const override { return this + 1 != behind; }
 
     const char* name = nullptr;
     const Attribute* attributes = nullptr;
-    Element* behind = nullptr;  ///< the first element that isn't inside this one
+    /// The first element that isn't inside this one; until that is known, the one around this one.
+    Element* behind = nullptr;
 };
 
 const char* Element::getAttribute(const char* wanted) const
 {
     const Attribute* const end = (this + 1)->attributes;
     const Attribute* const found = std::find_if(attributes, end, [&](const Attribute& attribute) {
-        return std::strcmp(name + attribute.name, wanted) == 0;
+        const char* const own = name + attribute.name;
+        return *own == *wanted && std::strcmp(own, wanted) == 0;
     });
     return found == end ? nullptr : name + found->value;
 }
@@ -68,8 +72,9 @@ std::shared_ptr<std::vector<HXMLWElement*>> Element::getChildren() const
 /// memory.
 class Elements {
 public:
-    /// `root` is the root element; its texts must outlive this object.
-    explicit Elements(pugi::xml_node root);
+    /// `root` is the root element of a document of at most so many parts; its texts must outlive this
+    /// object.
+    Elements(pugi::xml_node root, const platform::XmlParts& most);
 
     HXMLWElement* root() const { return elements_.get(); }
     HXMLWInterface::Size size(std::size_t textBytes) const;
@@ -80,7 +85,18 @@ private:
     std::unique_ptr<Element[]> elements_;
 };
 
-/// Calls `visit(element, depth)` for each element in document order, without recursion.
+/// Calls `visit(attribute)` for each attribute of one element, cheaper than pugixml's iterators do.
+template <typename Visit>
+void forEachAttribute(const pugi::xml_node& node, Visit visit)
+{
+    for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
+         attribute = attribute.next_attribute()) {
+        visit(attribute);
+    }
+}
+
+/// Calls `visit(element, depth)` for each element in document order, without recursion. The tree doesn't
+/// fit the processor's caches when it is large: every walk over it counts.
 template <typename Visit>
 void forEachElement(pugi::xml_node root, Visit visit)
 {
@@ -100,40 +116,45 @@ void forEachElement(pugi::xml_node root, Visit visit)
     root.traverse(walker);
 }
 
-Elements::Elements(pugi::xml_node root)
+/// Both arrays stay where they are while they are filled: a parser that found more than can be there must
+/// not write behind them.
+void requireRoom(bool isRoom)
 {
-    std::size_t attributeCount = 0;
-    std::size_t deepest = 0;
-    forEachElement(root, [&](const pugi::xml_node& node, std::size_t depth) {
-        const auto attributes = node.attributes();
-        attributeCount += static_cast<std::size_t>(std::distance(attributes.begin(), attributes.end()));
-        ++elementCount_;
-        deepest = std::max(deepest, depth);
-    });
-    attributes_.reserve(attributeCount);
-    // The last one is no element: it ends the attributes of the one in front of it.
-    elements_ = std::make_unique<Element[]>(elementCount_ + 1);
+    if (!isRoom) {
+        throw std::length_error("more elements or attributes in a document than its characters allow");
+    }
+}
 
+// The last one is no element: it ends the attributes of the one in front of it.
+Elements::Elements(pugi::xml_node root, const platform::XmlParts& most)
+    : elements_(std::make_unique_for_overwrite<Element[]>(most.elements + 1))
+{
+    attributes_.reserve(most.attributes);
     Element* next = elements_.get();
-    std::vector<Element*> open;
-    open.reserve(deepest + 1);
+    Element* innermost = nullptr;
+    std::size_t open = 0;
     const auto close = [&](std::size_t depth) {
-        for (; open.size() > depth; open.pop_back()) {
-            open.back()->behind = next;
+        for (; open > depth; --open) {
+            innermost = std::exchange(innermost->behind, next);
         }
     };
     forEachElement(root, [&](const pugi::xml_node& node, std::size_t depth) {
+        requireRoom(next != elements_.get() + most.elements);
         close(depth);
         next->name = node.name();
         next->attributes = attributes_.data() + attributes_.size();
-        for (const pugi::xml_attribute& attribute : node.attributes()) {
+        forEachAttribute(node, [&](pugi::xml_attribute attribute) {
+            requireRoom(attributes_.size() != attributes_.capacity());
             attributes_.push_back({static_cast<std::uint32_t>(attribute.name() - next->name),
                                    static_cast<std::uint32_t>(attribute.value() - next->name)});
-        }
-        open.push_back(next++);
+        });
+        next->behind = std::exchange(innermost, next);
+        ++next;
+        ++open;
     });
     close(0);
     next->attributes = attributes_.data() + attributes_.size();
+    elementCount_ = static_cast<std::size_t>(next - elements_.get());
 }
 
 HXMLWInterface::Size Elements::size(std::size_t textBytes) const
@@ -232,6 +253,16 @@ std::optional<RootDefect> findRootDefect(const pugi::xml_document& tree, std::si
     return std::nullopt;
 }
 
+/// The most memory that reading a text of so many parts takes at any time.
+std::uint64_t mostBytesOf(std::string_view text, const platform::XmlParts& parts)
+{
+    // What the parser takes for an element or a piece of text, and for an attribute.
+    constexpr std::uint64_t nodeBytes = 64;
+    constexpr std::uint64_t attributeBytes = 40;
+    return text.size() + text.size() / 8 + parts.elements * (nodeBytes + sizeof(Element)) +
+           parts.attributes * (attributeBytes + sizeof(Attribute)) + parts.texts * nodeBytes;
+}
+
 }  // namespace
 
 class HXMLWInterface::Document {
@@ -265,6 +296,7 @@ void HXMLWInterface::Document::parse(std::string text)
         error_ = lines.errorAt(defect->offset, defect->description);
         return;
     }
+    const platform::XmlParts most = platform::boundXmlParts(text_);
     pugi::xml_document tree;
     // The parser overwrites the last byte it is given: hand it the terminator.
     const pugi::xml_parse_result result =
@@ -277,17 +309,13 @@ void HXMLWInterface::Document::parse(std::string text)
         error_ = lines.errorAt(defect->offset, defect->text);
         return;
     }
-    elements_.emplace(tree.first_child());
+    elements_.emplace(tree.first_child(), most);
 }
 
-std::uint64_t HXMLWInterface::mostBytes(std::string_view text)
+std::uint64_t HXMLWInterface::mostBytes(std::string_view text, std::uint64_t enough)
 {
-    // What the parser takes for an element or a piece of text, and for an attribute.
-    constexpr std::uint64_t nodeBytes = 64;
-    constexpr std::uint64_t attributeBytes = 40;
-    const platform::XmlParts parts = platform::countXmlParts(text);
-    return text.size() + text.size() / 8 + parts.elements * (nodeBytes + sizeof(Element) + sizeof(Element*)) +
-           parts.attributes * (attributeBytes + sizeof(Attribute)) + parts.texts * nodeBytes;
+    const std::uint64_t quick = mostBytesOf(text, platform::boundXmlParts(text));
+    return quick <= enough ? quick : mostBytesOf(text, platform::countXmlParts(text));
 }
 
 HXMLWInterface::Size HXMLWInterface::size() const

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <boost/locale/utf.hpp>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -62,6 +64,19 @@ std::optional<utf::code_point> referenceNumber(std::string_view document, std::s
     return error == std::errc::result_out_of_range ? 0 : number;
 }
 
+constexpr std::ptrdiff_t wordSize = sizeof(std::uint64_t);
+
+/// Whether the next eight bytes are plain ASCII without control characters.
+bool isPlainWord(const char* text)
+{
+    constexpr std::uint64_t everyByte = 0x0101010101010101;
+    std::uint64_t word = 0;
+    std::memcpy(&word, text, wordSize);
+    // A byte below 0x20 borrows, a byte from 0x80 on has its highest bit anyway. What a borrow does to the
+    // bytes above it doesn't matter: there was one.
+    return (((word - 0x20 * everyByte) | word) & (0x80 * everyByte)) == 0;
+}
+
 bool isNameStart(char c)
 {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':' ||
@@ -80,8 +95,12 @@ std::optional<XmlTextDefect> findXmlTextDefect(std::string_view text)
     const char* const end = text.data() + text.size();
     for (const char* at = text.data(); at != end;) {
         // Plain ASCII, nearly all there is, needs no decoding.
+        if (end - at >= wordSize && isPlainWord(at)) {
+            at += wordSize;
+            continue;
+        }
         const auto byte = static_cast<unsigned char>(*at);
-        if (byte >= 0x20 && byte <= 0x7F) {
+        if ((byte >= 0x20 && byte <= 0x7F) || byte == '\n') {
             ++at;
             continue;
         }
@@ -139,6 +158,33 @@ XmlParts countXmlParts(std::string_view document)
         parts.texts += mayBeginText && c != '<';
         mayBeginText = c == '>';
     }
+    return parts;
+}
+
+XmlParts boundXmlParts(std::string_view document)
+{
+    // In stretches so short that a byte holds each count: the compiler then compares many characters at once.
+    constexpr std::size_t stretch = 255;
+    XmlParts parts;
+    std::size_t quotes = 0;
+    const std::size_t size = document.empty() ? 0 : document.size() - 1;  // nothing follows the last character
+    for (std::size_t begin = 0; begin < size; begin += stretch) {
+        const std::size_t end = std::min(begin + stretch, size);
+        std::uint8_t elements = 0;
+        std::uint8_t marks = 0;
+        std::uint8_t ends = 0;
+        for (std::size_t at = begin; at < end; ++at) {
+            const char c = document[at];
+            const char next = document[at + 1];
+            elements = static_cast<std::uint8_t>(elements + ((c == '<') & (next != '/') & (next != '!') & (next != '?')));
+            marks = static_cast<std::uint8_t>(marks + ((c == '"') | (c == '\'')));
+            ends = static_cast<std::uint8_t>(ends + ((c == '>') | ((c == '<') & (next == '!'))));
+        }
+        parts.elements += elements;
+        parts.texts += ends;
+        quotes += marks;
+    }
+    parts.attributes = quotes / 2 + 1;
     return parts;
 }
 

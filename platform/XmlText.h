@@ -37,4 +37,8 @@ struct XmlParts {
 /// values too. Linear.
 XmlParts countXmlParts(std::string_view document);
 
+/// The same much faster and less sharp: the elements of that count, half of all quotes for the
+/// attributes, and what can end in front of a text for the texts.
+XmlParts boundXmlParts(std::string_view document);
+
 }  // namespace platform

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using platform::boundXmlParts;
+using platform::countXmlParts;
 using platform::findBadReference;
 using platform::findXmlTextDefect;
 using platform::isXmlName;
@@ -95,4 +97,54 @@ TEST(XmlText, findsNoBadReferenceWhereThereIsNone)
                                  "<a><![CDATA[&#0;]]></a>", "<a b='&#;&#x;&#zz;&# 0;&#1'/>"}) {
         EXPECT_FALSE(findBadReference(document).has_value()) << document;
     }
+}
+
+TEST(XmlText, findsADefectWhereverItStandsAmongPlainCharacters)
+{
+    for (std::size_t place = 0; place < 40; ++place) {
+        for (const char* defect : {"\x01", "\x1F", "\x80", "\xFF"}) {
+            std::string text(40, ' ');
+            text.replace(place, 1, defect);
+            const auto found = findXmlTextDefect(text);
+            ASSERT_TRUE(found) << place;
+            EXPECT_EQ(found->offset, place);
+        }
+    }
+}
+
+TEST(XmlText, letsEveryPlainCharacterPassWhereverItStands)
+{
+    for (char c = ' '; c < '\x7F'; ++c) {
+        for (std::size_t place = 0; place < 17; ++place) {
+            std::string text(17, '\x7F');
+            text[place] = c;
+            EXPECT_FALSE(findXmlTextDefect(text)) << c << place;
+        }
+    }
+}
+
+TEST(XmlText, boundsThePartsOfADocument)
+{
+    const auto bound = boundXmlParts(R"(<?xml version="1.0"?><!-- --><a b="1" c='2'>text<d/></a>)");
+    EXPECT_EQ(bound.elements, 2u);
+    EXPECT_EQ(bound.attributes, 4u);
+    EXPECT_EQ(bound.texts, 5u);
+}
+
+TEST(XmlText, boundsPartsNeverBelowTheirCountAndNotByTheStretch)
+{
+    for (const std::string part : {"<a/>", "<a b=\"\"/>", "<a b = ''>x</a>", "<![CDATA[x]]>y", "<a>x<b/>y</a>"}) {
+        std::string document = "<r>";
+        while (document.size() < 2000) {
+            document += part;
+        }
+        document += "</r>";
+        const auto exact = countXmlParts(document);
+        const auto bound = boundXmlParts(document);
+        EXPECT_EQ(bound.elements, exact.elements) << part;
+        EXPECT_GE(bound.attributes, exact.attributes) << part;
+        EXPECT_GE(bound.texts, exact.texts) << part;
+    }
+    EXPECT_EQ(boundXmlParts("").elements, 0u);
+    EXPECT_EQ(boundXmlParts("<").elements, 0u);
 }
