@@ -43,7 +43,7 @@ std::string commentForDigest(const std::string& archive, const std::string& comm
 void writeDigested(const std::string& path)
 {
     const zip::ArchiveReader reader(path);
-    zip::EndRecord end = zip::findEndRecord(reader.file());
+    zip::EndRecord end = reader.endRecord();
     end.comment = commentForDigest(path, end.comment);
     std::string record;
     zip::appendEndRecord(record, end);

@@ -30,7 +30,7 @@ bool isOtherBom(const HHDFHwDefImp& def, std::string_view name)
 void keepOtherMembers(const HHDFHwDefImp& def, const ArchiveReader& present, ArchiveWriter& archive)
 {
     archive.setComment(
-        platform::ArchiveDigest::withoutDigest(iostreams::zip::findEndRecord(present.file()).comment));
+        platform::ArchiveDigest::withoutDigest(present.endRecord().comment));
     for (const Entry& entry : present.entries()) {
         const bool isListedAgain = present.find(entry.name)->record.data() != entry.record.data();
         if (isListedAgain || archive.contains(entry.name)) {

@@ -6,6 +6,9 @@
 #include <array>
 #include <cerrno>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "platform/ArchiveDigest.h"
 #include "platform/ReplacementFile.h"
@@ -27,11 +30,16 @@ constexpr std::uint64_t endRoom = ZIP64_END_RECORD_BYTES + ZIP64_LOCATOR_BYTES +
 /// What an addition keeps of the archive that it adds to.
 struct OldArchive {
     EndRecord end;
-    std::uint64_t directory = 0;   ///< position of the directory in the file
+    std::string_view records;      ///< the whole directory; lives as long as the archive's reader
+    std::uint64_t directory = 0;   ///< its position in the file
     std::uint64_t membersEnd = 0;  ///< where the data of the last member ends, at most `directory`
-    std::string kept;              ///< records of all members that stay, as they are
+    std::vector<std::string_view> kept;  ///< records of all members that stay, in stretches
+    std::uint64_t keptBytes = 0;
     std::uint64_t keptCount = 0;
     bool inPlace = false;  ///< the file itself can be worked on
+
+    /// Where the end records begin.
+    std::uint64_t tail() const { return directory + records.size(); }
 };
 
 /// Where the data of a member ends, its descriptor included; nothing when its local header is damaged.
@@ -48,16 +56,11 @@ std::optional<std::uint64_t> dataEnd(const platform::File& file, const Entry& en
 }
 
 /// Where new data may begin: an addition that was interrupted leaves bytes that belong to no member
-/// between the last one and the directory. Members don't overlap, so the one that begins last ends
-/// last.
+/// between the last one and the directory.
 std::uint64_t findMembersEnd(const ArchiveReader& reader, std::uint64_t directory)
 {
-    const auto& entries = reader.entries();
-    const auto last = std::max_element(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-        return a.headerOffset < b.headerOffset;
-    });
-    return last == entries.end() ? directory
-                                 : std::min(dataEnd(reader.file(), *last).value_or(directory), directory);
+    const std::optional<Entry> last = reader.directory().lastMember();
+    return last ? std::min(dataEnd(reader.file(), *last).value_or(directory), directory) : directory;
 }
 
 /// Whether the old state can be found whatever happens on the way. The file must begin with a member:
@@ -66,20 +69,39 @@ bool canStayInPlace(const ArchiveReader& reader, const EndRecord& end)
 {
     std::array<char, 4> first = {};
     reader.file().readAt(first.data(), first.size(), 0);
-    return end.prefixSize == 0 && !reader.entries().empty() && load32(first.data()) == LOCAL_HEADER_SIGNATURE;
+    return end.prefixSize == 0 && end.entryCount != 0 && load32(first.data()) == LOCAL_HEADER_SIGNATURE;
+}
+
+/// Lists the records that stay: all but those of the name that is replaced.
+void listKept(OldArchive& old, std::string_view replaced)
+{
+    const auto keep = [&](std::string_view stretch) {
+        old.kept.push_back(stretch);
+        old.keptBytes += stretch.size();
+    };
+    old.keptCount = old.end.entryCount;
+    std::size_t begin = 0;
+    std::size_t at = 0;
+    while (at < old.records.size()) {
+        const std::string_view record = old.records.substr(at);
+        const std::size_t behind = at + directoryRecordLength(record);
+        if (directoryRecordName(record) == replaced) {
+            keep(old.records.substr(begin, at - begin));
+            begin = behind;
+            --old.keptCount;
+        }
+        at = behind;
+    }
+    keep(old.records.substr(begin));
 }
 
 OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
 {
     OldArchive old;
-    old.end = findEndRecord(reader.file());
-    old.directory = old.end.prefixSize + old.end.directoryOffset;
-    for (const Entry& entry : reader.entries()) {
-        if (entry.name != replaced) {
-            old.kept += entry.record;
-            ++old.keptCount;
-        }
-    }
+    old.end = reader.endRecord();
+    old.records = reader.directory().bytes();
+    old.directory = reader.directory().position();
+    listKept(old, replaced);
     old.inPlace = canStayInPlace(reader, old.end);
     old.membersEnd = old.inPlace ? findMembersEnd(reader, old.directory) : old.directory;
     return old;
@@ -87,7 +109,7 @@ OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
 
 std::uint64_t maxTailBytes(const OldArchive& old, const NewMember& member)
 {
-    return old.kept.size() + recordRoom + member.name().size() + endRoom + old.end.comment.size();
+    return old.keptBytes + recordRoom + member.name().size() + endRoom + old.end.comment.size();
 }
 
 /// Writes the member, the directory and the end record; nothing of the old archive that is kept lies
@@ -102,9 +124,11 @@ void writeNewState(BufferedOutput& out, const OldArchive& old, NewMember& member
     end.comment = platform::ArchiveDigest::withoutDigest(old.end.comment);
     std::string record;
     appendDirectoryRecord(record, entry, entry.headerOffset - end.prefixSize);
-    end.directorySize = old.kept.size() + record.size();
+    end.directorySize = old.keptBytes + record.size();
     appendEndRecord(record, end);
-    out.write(old.kept);
+    for (const std::string_view stretch : old.kept) {
+        out.write(stretch);
+    }
     out.write(record);
     out.flush();
 }
@@ -122,7 +146,7 @@ private:
 
     platform::File& file_;
     const OldArchive& old_;
-    std::string tail_;  ///< directory and end record as they were
+    std::string tail_;  ///< what stood behind the directory: the end records
     bool copyIsWhole_ = false;
 };
 
@@ -149,14 +173,17 @@ std::uint64_t InPlace::protectOldState(std::uint64_t newEnd)
     if (newEnd <= old_.directory) {
         return old_.directory;
     }
-    tail_.resize(static_cast<std::size_t>(old_.end.end - old_.directory));
-    if (file_.readAt(tail_.data(), tail_.size(), old_.directory) < tail_.size()) {
-        throw platform::FileError(file_.path(), "read the directory (the file ends early)", EIO);
+    tail_.resize(static_cast<std::size_t>(old_.end.end - old_.tail()));
+    if (file_.readAt(tail_.data(), tail_.size(), old_.tail()) < tail_.size()) {
+        throw platform::FileError(file_.path(), "read the end record (the file ends early)", EIO);
     }
     EndRecord end = old_.end;
     end.directoryOffset = std::max(newEnd, old_.end.end);
     end.comment = platform::ArchiveDigest::withoutDigest(end.comment);
-    std::string copy = tail_.substr(0, static_cast<std::size_t>(end.directorySize));
+    // In one piece: an end record that is missing yet would make all of it bytes of no use.
+    std::string copy;
+    copy.reserve(old_.records.size() + endRoom + end.comment.size());
+    copy += old_.records;
     appendEndRecord(copy, end);
     file_.writeAt(copy.data(), copy.size(), end.directoryOffset);
     copyIsWhole_ = true;
@@ -169,7 +196,8 @@ void InPlace::restore() noexcept
 {
     try {
         if (copyIsWhole_) {
-            file_.writeAt(tail_.data(), tail_.size(), old_.directory);
+            file_.writeAt(old_.records.data(), old_.records.size(), old_.directory);
+            file_.writeAt(tail_.data(), tail_.size(), old_.tail());
         }
         file_.truncate(old_.end.end);
     } catch (...) {

@@ -7,8 +7,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/iostreams/Directory.h"
-#include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/MemberIndex.h"
 #include "platform/iostreams/MemberReader.h"
 #include "platform/iostreams/ZipException.h"
@@ -38,13 +36,6 @@ platform::File openRegular(const std::string& path)
     return platform::File::openRegular(path, O_RDONLY);
 }
 
-Directory readDirectory(const platform::File& file)
-{
-    FileTail tail(file);
-    const EndRecord end = findEndRecord(tail);
-    return Directory(tail, end);
-}
-
 /// The most that an entry's data can unpack to, whatever size is declared.
 std::uint64_t mostUnpackedBytes(const Entry& entry)
 {
@@ -55,9 +46,19 @@ std::uint64_t mostUnpackedBytes(const Entry& entry)
 
 class ArchiveReader::Impl {
 public:
-    explicit Impl(platform::File file) : file_(std::move(file)), directory_(readDirectory(file_)) {}
+    explicit Impl(platform::File file)
+        : file_(std::move(file)), tail_(file_), end_(findEndRecord(*tail_)), directory_(*tail_, end_)
+    {
+        tail_.reset();
+    }
 
     const platform::File file_;
+
+private:
+    std::optional<FileTail> tail_;  // while opening
+
+public:
+    const EndRecord end_;
     const Directory directory_;
 
     const std::vector<Entry>& entries()
@@ -121,6 +122,16 @@ const std::string& ArchiveReader::path() const
 const platform::File& ArchiveReader::file() const
 {
     return impl_->file_;
+}
+
+const EndRecord& ArchiveReader::endRecord() const
+{
+    return impl_->end_;
+}
+
+const Directory& ArchiveReader::directory() const
+{
+    return impl_->directory_;
 }
 
 const std::vector<Entry>& ArchiveReader::entries() const

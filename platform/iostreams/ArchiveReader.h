@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "platform/File.h"
+#include "platform/iostreams/Directory.h"
+#include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/Entry.h"
 #include "platform/iostreams/zip.h"
 
@@ -37,6 +39,8 @@ public:
     std::uint64_t serial() const { return serial_; }
     const std::string& path() const;
     const platform::File& file() const;
+    const EndRecord& endRecord() const;
+    const Directory& directory() const;
     /// All listed members in directory order, a name that is listed twice included twice.
     const std::vector<Entry>& entries() const;
     /// The member of that exact name, the last one when it is listed twice; null when there is none.

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "platform/iostreams/EntryHeaders.h"
-#include "platform/iostreams/LittleEndian.h"
 #include "platform/iostreams/ZipException.h"
 
 namespace iostreams::zip {
@@ -80,6 +79,7 @@ Directory::Directory(const FileTail& tail, const EndRecord& end)
         const Entry entry = parseDirectoryRecord(loader.recordAt(offset), prefixSize_, archive_);
         checkPlace(entry);
         ordered = ordered && entry.headerOffset >= lastEnd;
+        lastMember_ = offset;
         lastEnd = entry.headerOffset + leastLength(entry);
         offset += entry.record.size();
     }
@@ -126,6 +126,7 @@ void Directory::checkOverlaps()
         }
         sortedOffsets_.push_back(extents[at].begin);
     }
+    lastMember_ = extents.back().record;
 }
 
 Entry Directory::entryAt(std::size_t offset) const
@@ -133,15 +134,20 @@ Entry Directory::entryAt(std::size_t offset) const
     return parseDirectoryRecord(bytes().substr(offset), prefixSize_, archive_);
 }
 
+std::optional<Entry> Directory::lastMember() const
+{
+    return size_ == 0 ? std::nullopt : std::optional<Entry>(entryAt(lastMember_));
+}
+
 std::optional<Entry> Directory::find(std::string_view name) const
 {
     std::optional<std::size_t> last;
     for (std::size_t offset = 0; offset < size_;) {
-        const char* record = bytes_.get() + offset;
-        if (std::string_view(record + DIRECTORY_HEADER_BYTES, load16(record + 28)) == name) {
+        const std::string_view record = bytes().substr(offset);
+        if (directoryRecordName(record) == name) {
             last = offset;
         }
-        offset += directoryRecordLength(bytes().substr(offset));
+        offset += directoryRecordLength(record);
     }
     return last ? std::optional<Entry>(entryAt(*last)) : std::nullopt;
 }

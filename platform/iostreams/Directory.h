@@ -32,6 +32,8 @@ public:
 
     /// The entry whose record begins at an offset of bytes().
     Entry entryAt(std::size_t offset) const;
+    /// The member that begins last in the file, and so ends last; nothing when there is none.
+    std::optional<Entry> lastMember() const;
     /// The last entry of that name. Cost: a walk over the records.
     std::optional<Entry> find(std::string_view name) const;
     /// Where the data of an entry of this directory must have ended: at the local header of the member
@@ -50,6 +52,7 @@ private:
     const std::uint64_t entryCount_;
     const std::size_t size_;
     std::unique_ptr<char[]> bytes_;
+    std::size_t lastMember_ = 0;  ///< its record's offset
     std::vector<std::uint64_t> sortedOffsets_;  ///< of local headers; empty when in the directory's order
 };
 

@@ -146,6 +146,11 @@ std::size_t directoryRecordLength(std::string_view record)
     return DIRECTORY_HEADER_BYTES + load16(fixed + 28) + load16(fixed + 30) + load16(fixed + 32);
 }
 
+std::string_view directoryRecordName(std::string_view record)
+{
+    return record.substr(DIRECTORY_HEADER_BYTES, load16(record.data() + 28));
+}
+
 std::size_t localHeaderLength(std::string_view header)
 {
     if (header.size() < LOCAL_HEADER_BYTES) {
@@ -173,7 +178,7 @@ Entry parseDirectoryRecord(std::string_view record, std::uint64_t prefixSize, co
     entry.crc = load32(fixed + 16);
     entry.compressedSize = load32(fixed + 20);
     entry.size = load32(fixed + 24);
-    entry.name = record.substr(DIRECTORY_HEADER_BYTES, load16(fixed + 28));
+    entry.name = directoryRecordName(record);
     std::uint32_t disk = load16(fixed + 34);
     entry.headerOffset = load32(fixed + 42);
 

@@ -32,6 +32,9 @@ Entry parseDirectoryRecord(std::string_view record, std::uint64_t prefixSize, co
 /// there. Looks at the lengths only, not at the signature.
 std::size_t directoryRecordLength(std::string_view record);
 
+/// The name in the whole directory record that `record` begins with.
+std::string_view directoryRecordName(std::string_view record);
+
 /// How long the local header that `header` begins with is, name and extra field included; 0 when not
 /// even its fixed part is there. Looks at the lengths only, not at the signature.
 std::size_t localHeaderLength(std::string_view header);
