@@ -1,34 +1,19 @@
 #include "platform/iostreams/ArchiveWriter.h"
 
-#include <functional>
 #include <limits>
 #include <map>
-#include <memory_resource>
 #include <string>
-#include <unordered_map>
 
 #include "platform/ArchiveDigest.h"
-#include "platform/KeyedHash.h"
 #include "platform/ReplacementFile.h"
 #include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/EntryHeaders.h"
 #include "platform/iostreams/MemberCopier.h"
 #include "platform/iostreams/MemberWriter.h"
+#include "platform/iostreams/RecordIndex.h"
 #include "platform/iostreams/ZipException.h"
 
 namespace iostreams::zip {
-
-namespace {
-
-/// A member in the new archive and its record in the directory to be.
-struct Added {
-    std::uint64_t begin = 0;
-    std::uint64_t end = 0;
-    std::size_t record = 0;
-    std::size_t recordSize = 0;
-};
-
-}  // namespace
 
 /// The new archive as far as it is written. The two kinds of source are made when they are first
 /// needed: each holds buffers that a run without such members can do without.
@@ -38,7 +23,7 @@ public:
 
     MemberWriter& files();
     MemberCopier& members();
-    bool contains(std::string_view name) const { return added_.find(name) != added_.end(); }
+    bool contains(std::string_view name) const { return index_.find(name) != RecordIndex::NONE; }
     bool add(NewMember& member, std::string& reason);
     void commit(bool attachDigest);
 
@@ -46,7 +31,7 @@ public:
     std::string comment_;
 
 private:
-    void makeWay(const Added& old, Entry& entry);
+    void makeWay(std::size_t oldRecord, Entry& entry);
     void writeDirectory(EndRecord& end);
     void writeDigest();
 
@@ -54,8 +39,7 @@ private:
     BufferedOutput out_;
     std::string directory_;                       ///< the records, dropped ones included
     std::map<std::size_t, std::size_t> dropped_;  ///< position and size of records in `directory_`
-    std::pmr::monotonic_buffer_resource memory_;  ///< of `added_`, which never shrinks
-    std::pmr::unordered_map<std::pmr::string, Added, platform::KeyedHash, std::equal_to<>> added_{&memory_};
+    RecordIndex index_{directory_};
     std::unique_ptr<MemberWriter> files_;
     std::unique_ptr<MemberCopier> members_;
 };
@@ -81,14 +65,12 @@ bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
     const std::uint64_t begin = out_.position();
     try {
         Entry entry = member.write(out_);
-        const auto [slot, isNew] = added_.try_emplace(std::pmr::string(entry.name, &memory_));
-        Added& added = slot->second;
-        if (!isNew) {
-            makeWay(added, entry);
+        std::size_t& record = index_.placeOf(entry.name);
+        if (record != RecordIndex::NONE) {
+            makeWay(record, entry);
         }
-        added = {entry.headerOffset, out_.position(), directory_.size(), 0};
+        record = directory_.size();
         appendDirectoryRecord(directory_, entry, entry.headerOffset);
-        added.recordSize = directory_.size() - added.record;
         return true;
     } catch (const SourceError& error) {
         out_.rewind(begin);
@@ -98,12 +80,14 @@ bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
 }
 
 /// Drops the member that the one just written replaces, and its bytes as well when it was the last.
-void ArchiveWriter::Impl::makeWay(const Added& old, Entry& entry)
+void ArchiveWriter::Impl::makeWay(std::size_t oldRecord, Entry& entry)
 {
-    dropped_.emplace(old.record, old.recordSize);
-    if (old.end == entry.headerOffset) {
-        out_.removeStretch(old.begin, old.end);
-        entry.headerOffset = old.begin;
+    const Entry old = parseDirectoryRecord(std::string_view(directory_).substr(oldRecord), 0, path_);
+    const std::uint64_t end = old.headerOffset + localHeaderLength(old) + old.compressedSize;
+    dropped_.emplace(oldRecord, old.record.size());
+    if (end == entry.headerOffset) {
+        out_.removeStretch(old.headerOffset, end);
+        entry.headerOffset = old.headerOffset;
     }
 }
 
@@ -117,7 +101,7 @@ void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
     }
     out_.write(std::string_view(directory_).substr(from));
     end.directorySize = out_.position() - end.directoryOffset;
-    end.entryCount = added_.size();
+    end.entryCount = index_.size();
     std::string record;
     appendEndRecord(record, end);
     out_.write(record);
