@@ -9,7 +9,7 @@ namespace iostreams::zip {
 
 namespace {
 
-constexpr std::size_t bufferBytes = 256 * 1024;
+constexpr std::size_t bufferBytes = 128 * 1024;
 /// From here on a copy costs more than the system call that it saves.
 constexpr std::size_t directBytes = bufferBytes / 2;
 

@@ -12,6 +12,8 @@ namespace iostreams::zip {
 namespace {
 
 constexpr std::size_t windowBytes = 256 * 1024;
+/// So much is read ahead: what is small enough to be still in the processor's cache when it is written.
+constexpr std::size_t aheadBytes = windowBytes / 4;
 /// Members up to this size pass through the window, larger ones are copied inside the kernel.
 constexpr std::uint64_t smallBytes = windowBytes / 4;
 /// Room for an extra field of usual size, so that header and small data come with one read.
@@ -111,7 +113,7 @@ std::string_view MemberCopier::view(std::uint64_t offset, std::size_t size)
     const bool inside = offset >= windowOffset_ && offset <= end;
     if (!inside || size > end - offset) {
         // Whoever reads on behind the window goes through the archive in order: read ahead for him.
-        const std::size_t wanted = inside && windowSize_ > 0 ? std::max(size, windowBytes) : size;
+        const std::size_t wanted = inside && windowSize_ > 0 ? std::max(size, aheadBytes) : size;
         assert(wanted <= windowBytes);
         windowSize_ = 0;
         windowSize_ = archive_->file().readAt(window_.data(), wanted, offset);
