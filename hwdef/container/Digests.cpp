@@ -20,19 +20,20 @@ constexpr std::size_t bufferBytes = 128 * 1024;
 /// Computes digest texts, one file or member after the other, through one buffer.
 class Digester {
 public:
-    /// False when the entry stands for a file on disk that can't be read.
+    /// False when the entry stands for a file on disk that can't be read, or for a member that may not be.
     bool digest(const MemberEntry& member, std::string& text)
     {
         const std::string archive = member.archive();
         sha1_.reset();
-        if (!archive.empty()) {
-            addMember(archive, member);
-        } else if (!addFile(member.diskPath())) {
+        if (!(archive.empty() ? addFile(member.diskPath()) : addMember(archive, member))) {
             return false;
         }
         text = sha1_.finish();
         return true;
     }
+
+    /// Whether no member was beyond the limit so far.
+    bool keptLimit() const { return keptLimit_; }
 
     std::string overall(const std::map<std::string, std::string>& digestMap)
     {
@@ -45,38 +46,38 @@ public:
 
 private:
     /// A member that isn't there counts as empty, and so does one that can't be read to its end, whose
-    /// reason is sent.
-    void addMember(const std::string& archive, const MemberEntry& member)
+    /// reason is sent. False, with the reason sent, for one beyond the limit.
+    bool addMember(const std::string& archive, const MemberEntry& member)
     {
         std::string reason;
         const iostreams::zip::ArchiveReader* reader = archives_.open(archive, reason);
-        if (reader != nullptr) {
-            reason = addContent(*reader, member);
+        const iostreams::zip::Entry* entry = reader == nullptr ? nullptr : findMember(*reader, member);
+        const bool isAllowed = entry == nullptr || mayDigest(*reader, *entry);
+        if (!isAllowed) {
+            keptLimit_ = false;
+            reason = reader->path() + ": member \"" + member.name() + "\" has " +
+                     std::to_string(entry->size) + " bytes, with which more are digested than the " +
+                     std::to_string(mostBytes(*reader)) + " allowed";
+        } else if (entry != nullptr) {
+            reason = addContent(*reader, *entry);
         }
         if (!reason.empty()) {
-            sha1_.reset();
             ComMsgMgr::sendMessage(reason, false);
         }
+        return isAllowed;
     }
 
-    std::string addContent(const iostreams::zip::ArchiveReader& reader, const MemberEntry& member)
+    /// The reason when it can't be read, after which nothing counts as added.
+    std::string addContent(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
     {
         try {
-            const iostreams::zip::Entry* entry = findMember(reader, member);
-            if (entry == nullptr) {
-                return {};
-            }
-            if (!mayDigest(reader, *entry)) {
-                return reader.path() + ": member \"" + member.name() + "\" has " +
-                       std::to_string(entry->size) + " bytes, with which more are digested than the " +
-                       std::to_string(mostBytes(reader)) + " allowed";
-            }
-            iostreams::zip::MemberReader content(reader, *entry);
+            iostreams::zip::MemberReader content(reader, entry);
             while (const std::size_t count = content.read(buffer_.data(), buffer_.size())) {
                 sha1_.add(buffer_.data(), count);
             }
             return {};
         } catch (const iostreams::device::detail::zip_exception& error) {
+            sha1_.reset();
             return error.what();
         }
     }
@@ -115,6 +116,7 @@ private:
     }
 
     std::unordered_map<std::string, std::uint64_t> digestedBytes_;  // by archive
+    bool keptLimit_ = true;
     SourceArchives archives_;
     Sha1 sha1_;
     platform::Buffer buffer_{bufferBytes};
@@ -151,18 +153,26 @@ void HHDFHwDef::updateDigest(std::string& digest, Texts& digestMap)
     }
 }
 
-bool HHDFHwDef::calculateDigest(std::string& digest, Texts& digestMap)
+bool HHDFHwDefImp::calculateDigest(std::string& overall, HHDFHwDef::Texts& digestMap) const
 {
     Digester digester;
+    forEachMember(*this, [&](const MemberEntry& member) {
+        std::string text;
+        if (digester.digest(member, text)) {
+            digestMap[member.name()] = std::move(text);
+        }
+    });
+    overall = digester.overall(digestMap);
+    return digester.keptLimit();
+}
+
+bool HHDFHwDef::calculateDigest(std::string& digest, Texts& digestMap)
+{
     if (implementation_ != nullptr) {
-        forEachMember(*implementation_, [&](const MemberEntry& member) {
-            std::string text;
-            if (digester.digest(member, text)) {
-                digestMap[member.name()] = std::move(text);
-            }
-        });
+        implementation_->calculateDigest(digest, digestMap);
+    } else {
+        digest = Digester().overall(digestMap);
     }
-    digest = digester.overall(digestMap);
     return true;
 }
 

@@ -230,8 +230,9 @@ public:
     void updateDigest(std::string& digest, Texts& digestMap);
     /// Computes the digests of the present bytes: `digestMap` gets one text per member name (entries
     /// already there take part in the overall digest), `digest` the overall one. A file on disk that
-    /// can't be opened is left out. True. Streams: memory does not grow with a member's size. A member
-    /// beyond the limit "hwdef.maxDigestedBytes" (platform/Limits.h) counts as one that can't be read.
+    /// can't be opened is left out, and so is, after a text that says so, a member beyond the limit
+    /// "hwdef.maxDigestedBytes" (platform/Limits.h). True. Streams: memory does not grow with a member's
+    /// size.
     bool calculateDigest(std::string& digest, Texts& digestMap);
     /// Holds computed digests against the stored ones. For the first name, in byte order, that
     /// differs, `message` becomes "File: <name> has been tampered."; it stays when only the overall
@@ -245,7 +246,7 @@ public:
     /// `driverPath` is the directory below which the drivers lie.
     ///
     /// False after one of the messages "@64-6@", "@64-5@%s", "@64-4@%s", "@64-11@%s", "@64-23@%s",
-    /// "@64-25@", after a runtime exception's text, or silently when the BOM doesn't parse. Standard
+    /// "@64-25@", after the text of a runtime exception or of a limit, or silently when the BOM doesn't parse. Standard
     /// conversion errors of the BOM's version numbers and of NUM_OF_SLRS (boost::bad_lexical_cast) pass
     /// through. What was read until then stays.
     bool init(bool checkIntegrity, std::string driverPath);
