@@ -6,27 +6,14 @@
 
 #include "hwdef/container/HHDFCTmpDirObject.h"
 #include "hwdef/model/HHDFHwDefImp.h"
-#include "platform/HPAParamMgr.h"
 #include "platform/HUTEnv.h"
+#include "support/Parameter.h"
+
+using support::Parameter;
 
 namespace {
 
 using Tokens = std::vector<std::string>;
-
-/// Sets a parameter for the length of a test.
-class Parameter {
-public:
-    Parameter(const std::string& name, const std::string& value) : name_(name)
-    {
-        HPAParamMgr::getParamMgr()->setValue(name, value);
-    }
-    ~Parameter() { HPAParamMgr::getParamMgr()->removeValue(name_); }
-    Parameter(const Parameter&) = delete;
-    Parameter& operator=(const Parameter&) = delete;
-
-private:
-    std::string name_;
-};
 
 Tokens exclusionsOf(const HHDFHwDef& def)
 {

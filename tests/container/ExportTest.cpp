@@ -5,10 +5,10 @@
 #include <boost/filesystem.hpp>
 
 #include "hwdef/utils/HHDFHwDefUtils.h"
-#include "platform/HPAParamMgr.h"
 #include "platform/HUTFile.h"
 #include "support/Container.h"
 #include "support/Messages.h"
+#include "support/Parameter.h"
 #include "support/TempDir.h"
 #include "support/ZipBuilder.h"
 
@@ -204,9 +204,8 @@ TEST(Export, leavesTheUnwantedKindsOutOfQvaArchives)
 
 TEST(Export, leavesProcessorFilesOutOfQvaArchivesWhenTheParameterSaysSo)
 {
-    HPAParamMgr::getParamMgr()->setValue("project.removeVELDFilesFromQVA", "true");
+    const support::Parameter parameter("project.removeVELDFilesFromQVA", "true");
     const auto def = HHDFHwDefUtils::createHDF("design.qva");
-    HPAParamMgr::getParamMgr()->removeValue("project.removeVELDFilesFromQVA");
     def->addFileToBom("/in/a", Types::CDO);
     def->addFileToBom("/in/b", Types::ELF);
     def->addFileToBom("/in/c", Types::BIT);
