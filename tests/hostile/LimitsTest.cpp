@@ -6,16 +6,16 @@
 
 #include "hwdef/swparam/SWParamReader.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
-#include "platform/HPAParamMgr.h"
 #include "support/Container.h"
 #include "support/Messages.h"
+#include "support/Parameter.h"
 #include "support/TempDir.h"
 #include "support/ZipBuilder.h"
 
 namespace limits = platform::limits;
 using support::bomDocument;
-using support::bomOfFiles;
 using support::Messages;
+using support::Parameter;
 using support::TempDir;
 using support::ZipBuilder;
 
@@ -23,24 +23,9 @@ namespace {
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20U;
 
-/// A parameter that is set while this lives.
-class Limit {
-public:
-    Limit(const char* name, const std::string& value) : name_(name)
-    {
-        HPAParamMgr::getParamMgr()->setValue(name_, value);
-    }
-    ~Limit() { HPAParamMgr::getParamMgr()->removeValue(name_); }
-    Limit(const Limit&) = delete;
-    Limit& operator=(const Limit&) = delete;
-
-private:
-    const std::string name_;
-};
-
-bool opens(const std::string& path, bool checkIntegrity = false)
+bool opens(const std::string& path)
 {
-    return HHDFHwDefUtils::getHDF(path, checkIntegrity) != nullptr;
+    return HHDFHwDefUtils::getHDF(path) != nullptr;
 }
 
 /// A BOM document of this size.
@@ -72,7 +57,7 @@ TEST(Limits, refuseABomThatIsOneByteTooLarge)
     const TempDir dir;
     support::writeArchive(dir / "fits.hdf", {{"hwdef.xml", bomOf(mebibyte)}});
     support::writeArchive(dir / "large.hdf", {{"hwdef.xml", bomOf(mebibyte + 1)}});
-    const Limit limit("hwdef.maxMemberInMemory", "1048576");
+    const Parameter limit("hwdef.maxMemberInMemory", "1048576");
     const Messages messages;
 
     EXPECT_TRUE(opens(dir / "fits.hdf"));
@@ -92,7 +77,7 @@ TEST(Limits, refuseABomOfMoreThanAQuarterOfAGibibyteUnlessTheyAreRaised)
     EXPECT_FALSE(opens(dir / "design.hdf"));
     EXPECT_NE(messages.joined().find("has 268435457 bytes, allowed are 268435456"), std::string::npos);
     messages.clear();
-    const Limit limit("hwdef.maxMemberInMemory", "1000000000");
+    const Parameter limit("hwdef.maxMemberInMemory", "1000000000");
     EXPECT_TRUE(opens(dir / "design.hdf"));
     EXPECT_EQ(messages.joined(), "");
 }
@@ -124,7 +109,7 @@ TEST(Limits, refuseABomThatUnfoldsTooFarUnlessTheyAreRaised)
                           {{"hwdef.xml", bomDocument("Version=\"1\" Minor=\"0\"", elements)}});
     Messages messages;
     {
-        const Limit limit("hwdef.maxDocumentMemory", "1000000");
+        const Parameter limit("hwdef.maxDocumentMemory", "1000000");
         EXPECT_FALSE(opens(dir / "design.hdf"));
         EXPECT_EQ(messages.joined(),
                   "text: " + dir / "design.hdf" +
@@ -136,25 +121,6 @@ TEST(Limits, refuseABomThatUnfoldsTooFarUnlessTheyAreRaised)
     EXPECT_EQ(messages.joined(), "");
 }
 
-TEST(Limits, boundWhatDigestsAreComputedOver)
-{
-    const TempDir dir;
-    support::writeZeros(dir / "design.hdf", "a.bit", 64 * mebibyte);
-    support::writeFile(dir / "bom", bomDocument("Version=\"1\" Minor=\"2\" DIGEST=\"1\"",
-                                                "<File Type=\"BIT\" Name=\"a.bit\"/>\n"));
-    ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "bom", "hwdef.xml", dir / "design.hdf"));
-    const Limit limit("hwdef.maxDigestedBytes", "60000000");
-    const Messages messages;
-
-    EXPECT_FALSE(opens(dir / "design.hdf", true));
-    EXPECT_NE(
-        messages.joined().find(
-            "member \"a.bit\" has 67108864 bytes, with which more are digested than the 60000000 allowed"),
-        std::string::npos)
-        << messages.joined();
-    EXPECT_TRUE(opens(dir / "design.hdf"));
-}
-
 TEST(Limits, refuseAParameterMemberThatIsTooLarge)
 {
     const TempDir dir;
@@ -162,7 +128,7 @@ TEST(Limits, refuseAParameterMemberThatIsTooLarge)
     support::writeArchive(dir / "design.hdf", {{"p.json", json}});
     EXPECT_EQ(parametersOf(dir / "design.hdf"), "a");
 
-    const Limit limit("hwdef.maxMemberInMemory", "1048576");
+    const Parameter limit("hwdef.maxMemberInMemory", "1048576");
     const Messages messages;
     EXPECT_EQ(parametersOf(dir / "design.hdf"), "");
     EXPECT_EQ(messages.joined(),
@@ -179,7 +145,7 @@ TEST(Limits, refuseAParameterMemberOfTooManyMembers)
     support::writeArchive(dir / "design.hdf", {{"p.json", json + "}"}});
     EXPECT_EQ(parametersOf(dir / "design.hdf"), "a");
 
-    const Limit limit("hwdef.maxDocumentMemory", "1000000");
+    const Parameter limit("hwdef.maxDocumentMemory", "1000000");
     const Messages messages;
     EXPECT_EQ(parametersOf(dir / "design.hdf"), "");
     EXPECT_EQ(messages.joined(), "text: " + dir / "design.hdf" +
@@ -195,36 +161,10 @@ TEST(Limits, refuseAParameterMemberThatIsNestedTooDeeply)
     support::writeArchive(dir / "design.hdf", {{"p.json", nested}});
     EXPECT_EQ(parametersOf(dir / "design.hdf"), "a");
 
-    const Limit limit("hwdef.maxDocumentMemory", "1000000");
+    const Parameter limit("hwdef.maxDocumentMemory", "1000000");
     const Messages messages;
     EXPECT_EQ(parametersOf(dir / "design.hdf"), "");
     EXPECT_EQ(messages.joined(), "text: " + dir / "design.hdf" +
                                      ": member \"p.json\": its members take more than the 1000000 bytes of "
                                      "memory allowed\n");
-}
-
-TEST(Limits, boundDigestsOfEachContainerByItself)
-{
-    const TempDir dir;
-    for (const char* name : {"a", "b"}) {
-        support::writeFile(dir / name + ".bit", std::string(40'000, name[0]));
-        ASSERT_TRUE(HHDFHwDefUtils::writeHDF(dir / name + ".hdf", {{dir / name + ".bit", HHDFHwDefFileTypes::BIT}},
-                                             true, {}, {}));
-    }
-    const auto a = HHDFHwDefUtils::getHDF(dir / "a.hdf");
-    const auto b = HHDFHwDefUtils::getHDF(dir / "b.hdf");
-    ASSERT_TRUE(a != nullptr && b != nullptr);
-    const auto merged = HHDFHwDefUtils::getMrgdHDF({a.get(), b.get()}, dir / "m.hdf");
-    ASSERT_NE(merged, nullptr);
-    const Limit limit("hwdef.maxDigestedBytes", "50000");
-    const Messages messages;
-    std::string digest;
-    HHDFHwDef::Texts digests;
-    merged->calculateDigest(digest, digests);
-
-    EXPECT_EQ(messages.joined(), "");
-    std::string overall;
-    HHDFHwDef::Texts alone;
-    b->calculateDigest(overall, alone);
-    EXPECT_EQ(digests["b.bit"], alone["b.bit"]);
 }
