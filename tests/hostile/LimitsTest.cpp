@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/filesystem/operations.hpp>
+
 #include "hwdef/swparam/SWParamReader.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "support/Container.h"
@@ -119,6 +121,31 @@ TEST(Limits, refuseABomThatUnfoldsTooFarUnlessTheyAreRaised)
     messages.clear();
     EXPECT_TRUE(opens(dir / "design.hdf"));
     EXPECT_EQ(messages.joined(), "");
+}
+
+TEST(Limits, countTheContainersPathThatEachDriverFileRepeats)
+{
+    const TempDir dir;
+    std::string drivers = "<DRIVERS><DRIVER IP_VLNV='x'>";
+    for (int i = 0; i < 900; ++i) {
+        drivers += "<a PATH='" + std::to_string(i) + "'/>";
+    }
+    support::writeFile(dir / "hwdef.xml",
+                       bomDocument("Version=\"1\" Minor=\"0\"", drivers + "</DRIVER></DRIVERS>"));
+    std::string deep = dir.path();
+    for (int i = 0; i < 10; ++i) {
+        deep += "/" + std::string(200, 'd');
+    }
+    boost::filesystem::create_directories(deep);
+    const Parameter limit("hwdef.maxDocumentMemory", "1000000");
+    for (const std::string& place : {dir.path(), deep}) {
+        ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "hwdef.xml", "hwdef.xml", place + "/design.hdf"));
+        const Messages messages;
+        EXPECT_EQ(opens(place + "/design.hdf"), place != deep);
+        EXPECT_EQ(messages.joined().find("\"hwdef.xml\": reading it may take ") != std::string::npos,
+                  place == deep)
+            << messages.joined();
+    }
 }
 
 TEST(Limits, refuseAParameterMemberThatIsTooLarge)
