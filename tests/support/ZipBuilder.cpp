@@ -74,7 +74,7 @@ std::string deflated(const std::string& bytes)
 {
     std::string input = bytes;
     std::string output(bytes.size() + bytes.size() / 1000 + 1024, '\0');
-    isal_zstream stream;
+    isal_zstream stream = {};  // not all of which the next call sets
     isal_deflate_stateless_init(&stream);
     stream.end_of_stream = 1;
     stream.next_in = reinterpret_cast<std::uint8_t*>(input.data());
