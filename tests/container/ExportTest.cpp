@@ -4,6 +4,7 @@
 
 #include <boost/filesystem.hpp>
 
+#include "hwdef/model/HHDFHwDefImp.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "platform/HUTFile.h"
 #include "support/Container.h"
@@ -200,6 +201,17 @@ TEST(Export, leavesTheUnwantedKindsOutOfQvaArchives)
     def->getBomFiles(names);
     EXPECT_EQ(names, (std::vector<std::string>{"BIT", "CDO", "ELF"}));
     EXPECT_EQ(held.at(0)->getFileName(), "POWER_DATA");  // still the holder's to use
+}
+
+TEST(Export, passesOverNullEntriesInQvaArchives)
+{
+    const auto def = HHDFHwDefUtils::createHDF("design.qva");
+    def->implementation()->bom.add(nullptr);
+    def->addFileToBom("/in/b", Types::SYSMON_DATA);
+    def->removeUnnecessaryFilesForQVA();
+    std::vector<std::string> names;
+    def->getBomFiles(names);
+    EXPECT_EQ(names, std::vector<std::string>());
 }
 
 TEST(Export, leavesProcessorFilesOutOfQvaArchivesWhenTheParameterSaysSo)

@@ -4,6 +4,7 @@
 
 #include <iomanip>
 #include <locale>
+#include <stdexcept>
 
 namespace {
 
@@ -117,4 +118,14 @@ TEST(Sha1, doesNotDependOnTheLocale)
     std::locale::global(earlier);
 
     EXPECT_EQ(grouped, expected);
+}
+
+TEST(Sha1, refusesMoreBitsThanItCanCount)
+{
+    Sha1 sha1;
+    sha1.add("abc", 3);
+    // What is too much isn't looked at.
+    EXPECT_THROW(sha1.add("", (std::uint64_t{1} << 61U) - 3), std::runtime_error);
+
+    EXPECT_EQ(sha1.finish(), digestOf("abc"));
 }

@@ -143,6 +143,18 @@ TEST(ComMsgMgr, writesOneLineInOneCallWithSeverityIdentifierAndText)
                      "be gone after its removal\n"}));
 }
 
+TEST(ComMsgMgr, dropsWhatStandardErrorDoesNotTake)
+{
+    StandardError standardError;
+    for (int number = 0; number < 100; ++number) {  // more than the pipe has room for
+        ComMsgMgr::sendMessage(std::to_string(number) + std::string(4000, 'x'), false);
+    }
+    const Lines lines = standardError.writes();
+    ASSERT_GT(lines.size(), 0U);
+    EXPECT_LT(lines.size(), 100U);
+    EXPECT_EQ(lines.front().substr(0, 11), "message: 0x");
+}
+
 TEST(ComMsgMgr, escapesControlCharactersOnStandardError)
 {
     EXPECT_EQ(asPrinted("a\x1b[2Jb\r\n\tc\x7f"), "a\\x1b[2Jb\\x0d\\x0a\\x09c\\x7f");

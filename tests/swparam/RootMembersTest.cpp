@@ -52,6 +52,15 @@ TEST(RootMembers, passesOverWhatLiesBelowTheRoot)
     EXPECT_EQ(root.members, (TextPairs{{"o", ""}, {"l", ""}, {"a", "5"}}));
 }
 
+TEST(RootMembers, keepIntegersOfEveryLength)
+{
+    const RootMembers root =
+        read(R"({"a": 4000000000, "b": -5000000000, "c": 18446744073709551615, "d": -1})");
+    EXPECT_EQ(
+        root.members,
+        (TextPairs{{"a", "4000000000"}, {"b", "-5000000000"}, {"c", "18446744073709551615"}, {"d", "-1"}}));
+}
+
 TEST(RootMembers, areNoneInARootThatIsNoObject)
 {
     for (const char* json : {"[]", R"(["a", "b"])", R"([{"a": "b"}])", R"("a")", "1", "true", "null"}) {

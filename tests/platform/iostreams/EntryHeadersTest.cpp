@@ -141,6 +141,10 @@ TEST(EntryHeaders, refusesASaturatedNumberWithoutAZip64Field)
     big.listed.extra = support::zip64Extra({large});
     big.listed.compressedSize = 0xffffffff;
     EXPECT_EQ(parseFailure(recordOf(big)), failure);
+    support::ZipMember spread = member();
+    spread.disk = 0xffff;
+    spread.listed.extra = little(1, 2) + little(3, 2) + "123";
+    EXPECT_EQ(parseFailure(recordOf(spread)), failure);
 }
 
 TEST(EntryHeaders, refusesEveryPartOfADirectoryRecord)
