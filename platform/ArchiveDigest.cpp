@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "platform/CryptoErrorMark.h"
+#include "platform/ProgressWork.h"
 
 namespace platform {
 
@@ -66,6 +67,8 @@ std::string ArchiveDigest::ofFile(const File& file, std::uint64_t sizeBytes)
 {
     ArchiveDigest digest;
     Buffer buffer(bufferBytes);
+    // The digest is the last that an archive gets or is asked for.
+    ProgressWork::expectLast(sizeBytes);
     for (std::uint64_t done = 0; done < sizeBytes;) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(bufferBytes, sizeBytes - done));
         if (file.readAt(buffer.data(), wanted, done) < wanted) {
@@ -73,6 +76,7 @@ std::string ArchiveDigest::ofFile(const File& file, std::uint64_t sizeBytes)
         }
         digest.add({buffer.data(), wanted});
         done += wanted;
+        ProgressWork::advance({}, wanted);
     }
     return digest.finish();
 }

@@ -7,6 +7,7 @@
 
 #include "platform/ArchiveDigest.h"
 #include "platform/HUTFile.h"
+#include "platform/ProgressWork.h"
 #include "platform/ReplacementFile.h"
 #include "platform/iostreams/ArchiveReader.h"
 #include "platform/iostreams/ArchiveWriter.h"
@@ -97,8 +98,11 @@ void HUTZip::attachDigest(const HUTFile& archive)
 
 int HUTZip::checkIntegrity(const HUTFile& archive)
 {
+    const platform::ProgressWork work(archive.path());
     try {
         return compareDigest(archive.path());
+    } catch (const platform::Cancelled&) {
+        return CANCELLED;
     } catch (const HEXAll&) {
         return UNREADABLE;
     }

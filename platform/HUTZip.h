@@ -29,6 +29,7 @@ public:
         NO_DIGEST = 1,     ///< an archive without a digest
         WRONG_DIGEST = 2,  ///< the bytes have another digest than the recorded one
         UNREADABLE = 3,    ///< no regular file, not an archive, or it can't be read
+        CANCELLED = 4,     ///< who watches the progress didn't want to know
     };
 
     /// Makes a fresh archive at `archive` with the one member `file`, replacing any old one when the

@@ -17,4 +17,5 @@
 #include "platform/HXMLWElement.h"
 #include "platform/HXMLWInterface.h"
 #include "platform/HXMLWriterBase.h"
+#include "platform/Progress.h"
 #include "platform/iostreams/zip.h"

@@ -1,5 +1,6 @@
 #include "platform/iostreams/Append.h"
 
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/Addition.h"
 #include "platform/iostreams/MemberCopier.h"
 #include "platform/iostreams/MemberWriter.h"
@@ -12,6 +13,7 @@ bool appendFile(const std::string& source, const std::string& name, const std::s
     try {
         MemberWriter member;
         member.openFile(source, name);
+        platform::ProgressWork::expect(member.maxBytes());
         addToArchive(archive, member);
         return true;
     } catch (const SourceError& error) {
@@ -26,6 +28,7 @@ bool appendMember(const ArchiveReader& from, const Entry& entry, const std::stri
     try {
         MemberCopier member;
         member.open(from, entry, name);
+        platform::ProgressWork::expect(entry.compressedSize);
         addToArchive(archive, member);
         return true;
     } catch (const SourceError& error) {

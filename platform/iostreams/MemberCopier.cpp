@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/EntryHeaders.h"
 #include "platform/iostreams/ZipException.h"
 
@@ -70,6 +71,7 @@ Entry MemberCopier::write(BufferedOutput& out)
         throw SourceError(memberError(archive_->path(), entry_.name, "the file ends inside its data").what());
     }
     out.write(data);
+    platform::ProgressWork::advance(name_, data.size());
     return entry_;
 }
 
@@ -77,7 +79,10 @@ Entry MemberCopier::write(BufferedOutput& out)
 void MemberCopier::copyInKernel(BufferedOutput& out) const
 {
     try {
-        out.copyFrom(archive_->file(), entry_.compressedSize, dataOffset_);
+        platform::ProgressWork::copyInSteps(
+            name_, entry_.compressedSize, [&](std::uint64_t offset, std::uint64_t size) {
+                out.copyFrom(archive_->file(), size, dataOffset_ + offset);
+            });
     } catch (const platform::FileError& error) {
         if (error.path() == archive_->path()) {
             throw SourceError(error.what());

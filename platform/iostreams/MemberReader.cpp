@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/EntryHeaders.h"
 #include "platform/iostreams/Inflater.h"
 #include "platform/iostreams/MemberInput.h"
@@ -59,6 +60,7 @@ private:
             crc_ = crc32_gzip_refl(crc_, reinterpret_cast<const unsigned char*>(begin), got);
             done += got;
             left_ -= got;
+            platform::ProgressWork::advance(entry_.name, got);
         }
         if (left_ == 0 && !checked_) {
             checkEnd();

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/ProgressWork.h"
 #include "platform/SystemCalls.h"
 #include "platform/iostreams/EntryHeaders.h"
 
@@ -51,6 +52,7 @@ void MemberWriter::begin(std::string name)
     name_ = std::move(name);
     source_ = platform::File();
     entry_ = Entry();
+    toldBytes_ = 0;
     entry_.name = name_;
 }
 
@@ -114,6 +116,7 @@ Entry MemberWriter::write(BufferedOutput& out)
     appendLocalHeader(header_, entry_);
     out.write(header_);
     out.write(data_);
+    tellProgress(entry_.size);
     return entry_;
 }
 
@@ -186,6 +189,14 @@ void MemberWriter::endPass(BufferedOutput& out, const Entry& entry)
     entry_ = entry;
 }
 
+/// Content that is gone through a second time counts once, and can be cancelled all the time.
+void MemberWriter::tellProgress(std::uint64_t handledBytes)
+{
+    const std::uint64_t more = handledBytes - std::min(handledBytes, toldBytes_);
+    toldBytes_ += more;
+    platform::ProgressWork::advance(name_, more);
+}
+
 /// Stores the content; with `watch`, gives up and returns false as soon as its chunks promise that
 /// deflate is worthwhile for the whole.
 bool MemberWriter::store(BufferedOutput& out, bool watch)
@@ -206,6 +217,7 @@ bool MemberWriter::store(BufferedOutput& out, bool watch)
         entry.crc = updateCrc(entry.crc, chunk);
         entry.size += chunk.size();
         out.write(chunk);
+        tellProgress(entry.size);
     }
     entry.compressedSize = entry.size;
     endPass(out, entry);
@@ -227,6 +239,7 @@ bool MemberWriter::deflate(BufferedOutput& out)
         entry.crc = updateCrc(entry.crc, chunk);
         entry.size += chunk.size();
         last = chunk.size() < CHUNK_BYTES;
+        tellProgress(entry.size);
         deflater_.feed(chunk, last);
         for (auto piece = deflater_.drain(); !piece.empty(); piece = deflater_.drain()) {
             entry.compressedSize += piece.size();

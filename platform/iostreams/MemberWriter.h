@@ -44,10 +44,12 @@ private:
     void endPass(BufferedOutput& out, const Entry& entry);
     bool store(BufferedOutput& out, bool watch);
     bool deflate(BufferedOutput& out);
+    void tellProgress(std::uint64_t handledBytes);
 
     std::string name_;
-    platform::File source_;  ///< open when the content is larger than a chunk
-    Entry entry_;            ///< of the member as far as it is known
+    platform::File source_;        ///< open when the content is larger than a chunk
+    Entry entry_;                  ///< of the member as far as it is known
+    std::uint64_t toldBytes_ = 0;  ///< of the content, to whoever watches
     platform::Buffer chunk_;
     std::string packed_;     ///< a small member's data when deflated
     std::string_view data_;  ///< a small member's data, in `chunk_` or `packed_`
