@@ -12,6 +12,8 @@ class ArchiveOutput : public MemberOutput {
 public:
     explicit ArchiveOutput(ArchiveWriter& archive) : archive_(archive) {}
 
+    bool takesStored() const override { return true; }
+
     bool put(const std::string& name, const MemberSource& source, std::string& reason) override
     {
         return source.archive == nullptr ? archive_.addFile(source.file, name, reason)
@@ -27,10 +29,11 @@ private:
 void addAllMembers(const HHDFHwDefImp& def, const std::string& bomPath, const std::string& archivePath,
                    ArchiveWriter& archive)
 {
+    ArchiveOutput output(archive);
+    foreseeMembers(def, bomPath, output);
     std::string reason;
     if (!archive.addFile(bomPath, def.bomName, reason)) {
         throw HEXAll(archivePath + ": member \"" + def.bomName + "\" can't be added: " + reason);
     }
-    ArchiveOutput output(archive);
     putMembers(def, archivePath, output);
 }

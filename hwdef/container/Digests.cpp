@@ -11,6 +11,7 @@
 #include "platform/ComMsgMgr.h"
 #include "platform/File.h"
 #include "platform/Limits.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/MemberReader.h"
 
 namespace {
@@ -20,6 +21,9 @@ constexpr std::size_t bufferBytes = 128 * 1024;
 /// Computes digest texts, one file or member after the other, through one buffer.
 class Digester {
 public:
+    /// How many bytes it will take to digest the entry.
+    std::uint64_t bytesOf(const MemberEntry& member) { return sourceBytes(archives_, member, false); }
+
     /// False when the entry stands for a file on disk that can't be read, or for a member that may not be.
     bool digest(const MemberEntry& member, std::string& text)
     {
@@ -108,6 +112,7 @@ private:
             const platform::File file = platform::File::openRegular(path, O_RDONLY);
             while (const std::size_t count = file.read(buffer_.data(), buffer_.size())) {
                 sha1_.add(buffer_.data(), count);
+                platform::ProgressWork::advance(path, count);
             }
             return true;
         } catch (const platform::FileError&) {
@@ -121,6 +126,27 @@ private:
     Sha1 sha1_;
     platform::Buffer buffer_{bufferBytes};
 };
+
+/// False, after that was said, when it was cancelled.
+bool digestMembers(const HHDFHwDefImp& def, Digester& digester, HHDFHwDef::Texts& digestMap)
+try {
+    const platform::ProgressWork work(def.container == nullptr ? "" : def.container->path());
+    if (platform::ProgressWork::isWatched()) {
+        forEachMember(def, [&](const MemberEntry& member) {
+            platform::ProgressWork::expect(digester.bytesOf(member));
+        });
+    }
+    forEachMember(def, [&](const MemberEntry& member) {
+        std::string text;
+        if (digester.digest(member, text)) {
+            digestMap[member.name()] = std::move(text);
+        }
+    });
+    return true;
+} catch (const platform::Cancelled& cancelled) {
+    ComMsgMgr::sendMessage(cancelled.what(), false);
+    return false;
+}
 
 }  // namespace
 
@@ -153,27 +179,23 @@ void HHDFHwDef::updateDigest(std::string& digest, Texts& digestMap)
     }
 }
 
-bool HHDFHwDefImp::calculateDigest(std::string& overall, HHDFHwDef::Texts& digestMap) const
+HHDFHwDefImp::Digested HHDFHwDefImp::calculateDigest(std::string& overall, HHDFHwDef::Texts& digestMap) const
 {
     Digester digester;
-    forEachMember(*this, [&](const MemberEntry& member) {
-        std::string text;
-        if (digester.digest(member, text)) {
-            digestMap[member.name()] = std::move(text);
-        }
-    });
+    if (!digestMembers(*this, digester, digestMap)) {
+        return Digested::CANCELLED;
+    }
     overall = digester.overall(digestMap);
-    return digester.keptLimit();
+    return digester.keptLimit() ? Digested::ALL : Digested::SOME;
 }
 
 bool HHDFHwDef::calculateDigest(std::string& digest, Texts& digestMap)
 {
-    if (implementation_ != nullptr) {
-        implementation_->calculateDigest(digest, digestMap);
-    } else {
+    if (implementation_ == nullptr) {
         digest = Digester().overall(digestMap);
+        return true;
     }
-    return true;
+    return implementation_->calculateDigest(digest, digestMap) != HHDFHwDefImp::Digested::CANCELLED;
 }
 
 bool HHDFHwDef::compareDigest(std::string& digest, Texts& digestMap, std::string& message)

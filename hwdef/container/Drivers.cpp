@@ -7,6 +7,7 @@
 #include "hwdef/model/HHDFHwDefImp.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HUTPathUtils.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/zip.h"
 
 namespace {
@@ -47,6 +48,8 @@ public:
         HUTFile::ensureWritableDirectory(boost::filesystem::path(target).parent_path().string());
         try {
             extractMember(archive_, *entry, target, platform::ReplacementFile::Links::REPLACED);
+        } catch (const platform::Cancelled&) {
+            throw;
         } catch (const HEXAll& error) {
             ComMsgMgr::sendMessage(error.what(), false);
         }
@@ -57,6 +60,17 @@ private:
     const std::string dir_;
     const SafePath safePath_;
 };
+
+/// Tells who watches how much there is to extract.
+void expectDrivers(const DriverMap& drivers, const iostreams::zip::ArchiveReader& archive)
+{
+    for (const auto& [name, records] : drivers.files()) {
+        for (const HHDFHwDefDriver& record : records) {
+            const auto* entry = findDriverFile(archive, driverMemberName(record.getRelativeName()));
+            platform::ProgressWork::expect(entry == nullptr ? 0 : entry->size);
+        }
+    }
+}
 
 }  // namespace
 
@@ -135,12 +149,16 @@ bool HHDFHwDef::unzipDrivers(const std::string& targetDir) const
     }
     std::string container;
     getContainerFullPath(container);
+    const platform::ProgressWork work(container);
     try {
         const auto archive = iostreams::zip::ArchiveReader::openIfExists(container);
         if (archive == nullptr || implementation_->drivers.files().empty()) {
             return true;
         }
         const DriverExtraction extraction(*archive, targetDir);
+        if (platform::ProgressWork::isWatched()) {
+            expectDrivers(implementation_->drivers, *archive);
+        }
         for (const auto& [name, records] : implementation_->drivers.files()) {
             for (const HHDFHwDefDriver& record : records) {
                 extraction.extract(record.getRelativeName());
@@ -148,6 +166,9 @@ bool HHDFHwDef::unzipDrivers(const std::string& targetDir) const
         }
     } catch (const iostreams::device::detail::zip_exception& error) {
         ComMsgMgr::sendMessage(error.what(), false);
+    } catch (const platform::Cancelled& cancelled) {
+        ComMsgMgr::sendMessage(cancelled.what(), false);
+        return false;
     }
     return true;
 }

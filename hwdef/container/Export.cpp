@@ -11,6 +11,7 @@
 #include "platform/ComMsgMgr.h"
 #include "platform/HEXAll.h"
 #include "platform/HSTStringUtils.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/EndRecord.h"
 
 using iostreams::zip::ArchiveReader;
@@ -60,6 +61,8 @@ void exportToArchive(const HHDFHwDefImp& def, const std::string& bomPath, const 
             keepOtherMembers(def, *present, archive);
         }
         archive.commit(false);
+    } catch (const platform::Cancelled&) {
+        throw;
     } catch (const HEXAll& error) {
         ComMsgMgr::sendMessage(error.what(), false);
     }
@@ -107,6 +110,8 @@ private:
                               platform::ReplacementFile::Links::REPLACED);
             }
             return true;
+        } catch (const platform::Cancelled&) {
+            throw;
         } catch (const HEXAll& error) {
             reason = error.what();
             return false;
@@ -120,6 +125,7 @@ private:
 void exportToDirectory(const HHDFHwDefImp& def, const std::string& bomPath, const std::string& dir)
 {
     DirectoryOutput output(dir);
+    foreseeMembers(def, bomPath, output);
     MemberSource bom;
     bom.file = bomPath;
     std::string reason;
@@ -157,12 +163,18 @@ bool HHDFHwDefImp::write(const std::string& path)
     if (bomPath.empty()) {
         return false;
     }
-    if (isDirectory) {
-        exportToDirectory(*this, bomPath, path);
-    } else {
-        exportToArchive(*this, bomPath, path);
+    const platform::ProgressWork work(path);
+    try {
+        if (isDirectory) {
+            exportToDirectory(*this, bomPath, path);
+        } else {
+            exportToArchive(*this, bomPath, path);
+        }
+        return true;
+    } catch (const platform::Cancelled& cancelled) {
+        ComMsgMgr::sendMessage(cancelled.what(), false);
+        return false;
     }
-    return true;
 }
 
 bool HHDFHwDef::write(const std::string& path)

@@ -2,8 +2,8 @@
 
 #include <fcntl.h>
 
-
 #include "platform/Buffer.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/MemberReader.h"
 
 namespace {
@@ -42,6 +42,8 @@ void copyFile(const std::string& source, const std::string& target)
 {
     const platform::File from = platform::File::openRegular(source, O_RDONLY);
     platform::ReplacementFile file(target, platform::ReplacementFile::Links::REPLACED, from.mode() & 0777);
-    from.copyTo(file.file(), from.size(), 0, 0);
+    platform::ProgressWork::copyInSteps(source, from.size(), [&](std::uint64_t offset, std::uint64_t size) {
+        from.copyTo(file.file(), size, offset, offset);
+    });
     file.commit();
 }

@@ -1,6 +1,8 @@
 #include "hwdef/container/MemberSource.h"
 
+#include <boost/filesystem/operations.hpp>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "hwdef/bom/HHDFHwDefBomWriter.h"
 #include "hwdef/container/HHDFCTmpDirObject.h"
@@ -10,6 +12,7 @@
 #include "platform/ComMsgMgr.h"
 #include "platform/HUTCoreContainer.h"
 #include "platform/KeyedHash.h"
+#include "platform/ProgressWork.h"
 
 namespace {
 
@@ -106,6 +109,23 @@ private:
 };
 
 }  // namespace
+
+void foreseeMembers(const HHDFHwDefImp& def, const std::string& bomPath, const MemberOutput& output)
+{
+    if (!platform::ProgressWork::isWatched()) {
+        return;
+    }
+    boost::system::error_code error;
+    const std::uintmax_t bomBytes = boost::filesystem::file_size(bomPath, error);
+    platform::ProgressWork::expect(error ? 0 : bomBytes);
+    SourceArchives archives;
+    std::unordered_set<std::string, platform::KeyedHash> places;
+    forEachMember(def, [&](const MemberEntry& member) {
+        if (places.insert(output.place(member.name())).second) {
+            platform::ProgressWork::expect(sourceBytes(archives, member, output.takesStored()));
+        }
+    });
+}
 
 void putMembers(const HHDFHwDefImp& def, const std::string& outputPath, MemberOutput& output)
 {

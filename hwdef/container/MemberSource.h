@@ -23,10 +23,15 @@ public:
 
     /// Names of the same place stand for the same member.
     virtual std::string place(const std::string& name) const { return name; }
+    /// Whether members of archives are taken as they are stored there, not unpacked.
+    virtual bool takesStored() const { return false; }
     /// Adds a member or replaces it. False, with `reason` in one sentence, when that can't be done;
     /// the member is then as it was before.
     virtual bool put(const std::string& name, const MemberSource& source, std::string& reason) = 0;
 };
+
+/// Tells who watches the progress how much there is to put, the BOM in `bomPath` included.
+void foreseeMembers(const HHDFHwDefImp& def, const std::string& bomPath, const MemberOutput& output);
 
 /// Gives every member of a definition but the BOM to `output`, in the order of forEachMember.
 ///

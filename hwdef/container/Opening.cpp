@@ -72,14 +72,17 @@ bool passesDigestCheck(const HHDFHwDefImp& imp, const std::string& recorded)
 {
     std::string digest;
     HHDFHwDef::Texts digestMap;
-    const bool isComplete = imp.calculateDigest(digest, digestMap);
+    const auto digested = imp.calculateDigest(digest, digestMap);
+    if (digested == HHDFHwDefImp::Digested::CANCELLED) {
+        return false;  // as was told
+    }
     std::string message;
     const bool matches = imp.owner->compareDigest(digest, digestMap, message);
     if (recorded.empty()) {
         return true;
     }
     // A member beyond the limit to digesting, which was told, isn't known to have been tampered with.
-    if (!isComplete && message.empty()) {
+    if (digested == HHDFHwDefImp::Digested::SOME && message.empty()) {
         return false;
     }
     return matches || fail("@64-23@%s", message);
@@ -147,10 +150,15 @@ bool passesIntegrityCheck(HHDFHwDefImp& imp, const Bom& bom)
     if (HSTStringUtils::iequals(bom.minor, "2")) {
         return passesDigestCheck(imp, bom.digest);
     }
-    if (HSTStringUtils::iequals(bom.minor, "3") && HUTZip::checkIntegrity(*imp.container) != 0) {
-        return fail("@64-25@");
+    if (!HSTStringUtils::iequals(bom.minor, "3")) {
+        return true;
     }
-    return true;
+    const int found = HUTZip::checkIntegrity(*imp.container);
+    if (found == HUTZip::CANCELLED) {
+        ComMsgMgr::sendMessage(bom.container + ": cancelled while its digest was computed", false);
+        return false;
+    }
+    return found == HUTZip::INTACT || fail("@64-25@");
 }
 
 /// The steps of opening from the first look into the archive on.

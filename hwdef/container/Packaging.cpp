@@ -6,6 +6,7 @@
 #include "hwdef/model/HHDFHwDefImp.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HEXAll.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/ArchiveWriter.h"
 
 using iostreams::zip::ArchiveWriter;
@@ -35,6 +36,8 @@ bool HHDFHwDefImp::packageHDFContainer(bool)
     if (bomPath.empty()) {
         return false;
     }
+    // What is written is read once more for the archive's digest.
+    const platform::ProgressWork work(container->path(), 2);
     try {
         std::string path;
         container->getFullPath(path);

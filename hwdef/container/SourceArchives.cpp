@@ -1,5 +1,7 @@
 #include "hwdef/container/SourceArchives.h"
 
+#include <boost/filesystem/operations.hpp>
+
 #include "hwdef/container/MemberEntry.h"
 #include "platform/HUTFile.h"
 
@@ -37,6 +39,23 @@ const ArchiveReader* SourceArchives::open(const std::string& path, std::string& 
     }
     reason = found->second.reason;
     return found->second.reader.get();
+}
+
+std::uint64_t sourceBytes(SourceArchives& archives, const MemberEntry& member, bool asStored)
+{
+    const std::string path = member.archive();
+    if (path.empty()) {
+        boost::system::error_code error;
+        const std::uintmax_t size = boost::filesystem::file_size(member.diskPath(), error);
+        return error ? 0 : size;
+    }
+    std::string reason;
+    const ArchiveReader* archive = archives.open(path, reason);
+    const Entry* entry = archive == nullptr ? nullptr : findMember(*archive, member);
+    if (entry == nullptr) {
+        return 0;
+    }
+    return asStored ? entry->compressedSize : entry->size;
 }
 
 const Entry* findMember(const ArchiveReader& archive, const MemberEntry& member)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -22,6 +23,10 @@ private:
     };
     std::unordered_map<std::string, Opened> opened_;
 };
+
+/// How many bytes the member has that an entry stands for, as they are stored or as unpacked; 0 when it
+/// can't be had. For telling progress: nothing is reported.
+std::uint64_t sourceBytes(SourceArchives& archives, const MemberEntry& member, bool asStored);
 
 /// The member that an entry stands for; null when the archive has none.
 ///

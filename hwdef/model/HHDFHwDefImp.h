@@ -37,8 +37,10 @@ public:
     // Implemented in container/.
     bool init(bool checkIntegrity, const std::string& driverPath);
     bool runDRC() const;
-    /// As the definition's own; false when a member was left out because of the limit.
-    bool calculateDigest(std::string& overall, HHDFHwDef::Texts& digestMap) const;
+    /// Of which members digests were computed: SOME when one was left out because of the limit.
+    enum class Digested { ALL, SOME, CANCELLED };
+    /// As the definition's own.
+    Digested calculateDigest(std::string& overall, HHDFHwDef::Texts& digestMap) const;
     bool packageHDFContainer(bool flag);
     bool write(const std::string& path);
     void removeUnnecessaryFilesForQVA();

@@ -9,6 +9,7 @@
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "platform/ComMsgMgr.h"
 #include "platform/HUTFile.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/Append.h"
 #include "platform/iostreams/ArchiveReader.h"
 #include "platform/iostreams/zip.h"
@@ -33,14 +34,19 @@ struct Member {
     bool isOpen() const { return entry != nullptr; }
 };
 
-/// Does `operation`, and answers `otherwise` after the reason was sent when an archive fails.
+/// Does `operation`, and answers `otherwise` after the reason was sent when an archive fails or who
+/// watches the progress of the work on `container` cancels.
 template <typename Operation, typename Result>
-Result reportingArchiveErrors(Operation operation, Result otherwise)
+Result reportingArchiveErrors(const std::string& container, Operation operation, Result otherwise)
 {
+    const platform::ProgressWork work(container);
     try {
         return operation();
     } catch (const iostreams::device::detail::zip_exception& error) {
         ComMsgMgr::sendMessage(error.what(), false);
+        return otherwise;
+    } catch (const platform::Cancelled& cancelled) {
+        ComMsgMgr::sendMessage(cancelled.what(), false);
         return otherwise;
     }
 }
@@ -76,6 +82,7 @@ void replaceOrOverwrite(const Member& member, const std::string& destination)
 /// Copies the member to the file; its directory is made. That the file can't be written isn't told.
 void copyOut(const Member& member, const std::string& destination)
 {
+    platform::ProgressWork::expect(member.entry->size);
     HUTFile::ensureWritableDirectory(boost::filesystem::path(destination).parent_path().string());
     try {
         if (isSpecialFile(destination)) {
@@ -93,8 +100,10 @@ void copyOut(const Member& member, const std::string& destination)
 std::string HHDFHwDefUtils::getFileBufferFromHDF(const std::string& member, const std::string& container)
 {
     return reportingArchiveErrors(
+        container,
         [&] {
             const Member source(member, container);
+            platform::ProgressWork::expect(source.isOpen() ? source.entry->size : 0);
             return source.isOpen()
                        ? source.archive->read(*source.entry, std::numeric_limits<std::uint64_t>::max())
                        : std::string();
@@ -109,6 +118,7 @@ bool HHDFHwDefUtils::writeFileFromHDF(const std::string& destination, const std:
         return false;
     }
     return reportingArchiveErrors(
+        container,
         [&] {
             const Member source(member, container);
             if (source.isOpen()) {
@@ -126,6 +136,7 @@ bool HHDFHwDefUtils::writeFileFromHDFToDir(const std::string& member, const std:
         return false;
     }
     return reportingArchiveErrors(
+        container,
         [&] {
             const Member source(member, container);
             if (source.isOpen()) {
@@ -143,6 +154,7 @@ bool HHDFHwDefUtils::writeFileToHDF(const std::string& source, const std::string
         return false;
     }
     return reportingArchiveErrors(
+        container,
         [&] {
             std::string reason;  // of a source that can't be read, which is silent
             return zip::appendFile(source, member, container, reason);
@@ -158,6 +170,7 @@ bool HHDFHwDefUtils::writeFileFromHDFToHDF(const std::string& member, const std:
         return false;
     }
     return reportingArchiveErrors(
+        destinationContainer,
         [&] {
             const Member source(member, container);
             if (!source.isOpen()) {
