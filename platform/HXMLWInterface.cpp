@@ -271,6 +271,10 @@ public:
     void parse(std::string text);
 
     HXMLWElement* root() const { return elements_ ? elements_->root() : nullptr; }
+    std::size_t offsetOf(const HXMLWElement& element) const
+    {
+        return static_cast<std::size_t>(element.getTagName() - text_.data());
+    }
     const Error& error() const { return error_; }
     Size size() const { return elements_ ? elements_->size(text_.size()) : Size(); }
 
@@ -337,6 +341,11 @@ bool HXMLWInterface::readFromBuffer(std::string buffer)
 HXMLWElement* HXMLWInterface::getRootElement() const
 {
     return document_->root();
+}
+
+std::size_t HXMLWInterface::offsetOf(const HXMLWElement& element) const
+{
+    return document_->offsetOf(element);
 }
 
 const HXMLWInterface::Error& HXMLWInterface::error() const

@@ -52,6 +52,9 @@ public:
     /// The root element, owned by this object; null when nothing was parsed.
     HXMLWElement* getRootElement() const;
 
+    /// Where the name of one of this document's elements begins in the text that was parsed, in bytes.
+    std::size_t offsetOf(const HXMLWElement& element) const;
+
     /// What the last readFromBuffer stumbled over.
     const Error& error() const;
 

@@ -102,7 +102,8 @@ private:
             checkStreamEnd();
         }
         if (crc_ != entry_.crc) {
-            throw error("CRC-32 is " + hex(crc_) + ", directory says " + hex(entry_.crc));
+            throw ChecksumError(
+                error("CRC-32 is " + hex(crc_) + ", directory says " + hex(entry_.crc)).what());
         }
         if ((entry_.flags & FLAG_DESCRIPTOR) != 0) {
             checkDescriptor(input_.behind(), entry_, archive_);

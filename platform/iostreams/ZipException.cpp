@@ -10,6 +10,8 @@ zip_exception::~zip_exception() = default;
 
 namespace zip {
 
+ChecksumError::~ChecksumError() = default;
+
 namespace {
 
 constexpr char hexDigits[] = "0123456789abcdef";

@@ -13,6 +13,13 @@ namespace iostreams::zip {
 
 using device::detail::zip_exception;
 
+/// A member whose content is not what its CRC-32 says.
+class ChecksumError : public zip_exception {
+public:
+    using zip_exception::zip_exception;
+    ~ChecksumError() override;
+};
+
 /// `design.hdf: REASON`
 zip_exception archiveError(const std::string& archive, const std::string& reason);
 /// `design.hdf: member "top.bit": REASON`

@@ -269,3 +269,14 @@ TEST(HXMLWInterface, refusesDeepUnfinishedNestingOnASmallStack)
         EXPECT_NE(errorOf(types), "");
     });
 }
+
+TEST(HXMLWInterface, tellsWhereAnElementStandsInTheText)
+{
+    const std::string text = "<a x='1&amp;2'>\n  <b\ny='3'/>\n</a>";
+    HXMLWInterface document;
+    ASSERT_TRUE(document.readFromBuffer(text));
+    const HXMLWElement& root = *document.getRootElement();
+
+    EXPECT_EQ(document.offsetOf(root), text.find("a x"));
+    EXPECT_EQ(document.offsetOf(*root.getChildren()->front()), text.find("b\ny"));
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/Export.h"
+
+namespace platform {
+
+/// A JSON document (RFC 8259) as it is written, from its beginning to its end; indented by 4 blanks.
+///
+/// Texts are UTF-8: each byte of a text that isn't becomes U+FFFD. A key is for the members of an
+/// object; in an array there is none. std::bad_alloc is all that is thrown.
+class HWDEF_API JsonWriter {
+public:
+    JsonWriter();
+    ~JsonWriter();
+    JsonWriter(const JsonWriter&) = delete;
+    JsonWriter& operator=(const JsonWriter&) = delete;
+
+    void beginObject();
+    void beginObject(std::string_view key);
+    void beginArray(std::string_view key);
+    /// Ends the object or array begun last.
+    void end();
+
+    void add(std::string_view key, std::string_view text);
+    void add(std::string_view key, const char* text) { add(key, std::string_view(text)); }
+    void add(std::string_view key, const std::string& text) { add(key, std::string_view(text)); }
+    void add(std::string_view key, std::uint64_t number);
+    void add(std::string_view key, bool value);
+
+    /// What was written.
+    std::string text() const;
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace platform
