@@ -5,6 +5,7 @@
 #include "hwdef/bom/HHDFHwDefBomReader.h"
 #include "hwdef/bom/HHDFHwDefBomWriter.h"
 #include "hwdef/container/HHDFCTmpDirObject.h"
+#include "hwdef/container/HHDFHwDefArchive.h"
 #include "hwdef/model/HHDFHwDef.h"
 #include "hwdef/model/HHDFHwDefBoard.h"
 #include "hwdef/model/HHDFHwDefConfig.h"

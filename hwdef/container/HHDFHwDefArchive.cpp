@@ -1,0 +1,139 @@
+#include "hwdef/container/HHDFHwDefArchive.h"
+
+#include <boost/filesystem/path.hpp>
+#include <chrono>
+#include <map>
+#include <string_view>
+
+#include "hwdef/container/Extraction.h"
+#include "hwdef/container/SafePath.h"
+#include "platform/ArchiveDigest.h"
+#include "platform/HEXAll.h"
+#include "platform/HUTFile.h"
+#include "platform/iostreams/ArchiveReader.h"
+#include "platform/iostreams/ArchiveWriter.h"
+#include "platform/iostreams/EndRecord.h"
+#include "platform/iostreams/LittleEndian.h"
+
+using iostreams::zip::ArchiveReader;
+using iostreams::zip::ArchiveWriter;
+using iostreams::zip::Entry;
+using platform::ArchiveDigest;
+
+namespace {
+
+/// The MS-DOS date and time of a directory record (APPNOTE 4.4.6), whose parts may be anything: a day or
+/// month of 0 counts back from 1.
+std::int64_t modifiedOf(const Entry& entry)
+{
+    constexpr std::size_t timeOffset = 12;  // in the record, APPNOTE 4.3.12
+    const std::uint32_t time = iostreams::zip::load16(entry.record.data() + timeOffset);
+    const std::uint32_t date = iostreams::zip::load16(entry.record.data() + timeOffset + 2);
+    using namespace std::chrono;
+    const year_month_day first = year(1980 + static_cast<int>(date >> 9)) / January / 1;
+    const sys_days month = sys_days(first + months(static_cast<int>((date >> 5) & 0xf) - 1));
+    const seconds moment = (month + days(static_cast<int>(date & 0x1f) - 1)).time_since_epoch() +
+                           hours(time >> 11) + minutes((time >> 5) & 0x3f) + seconds(2 * (time & 0x1f));
+    return moment.count();
+}
+
+}  // namespace
+
+class HHDFHwDefArchive::Impl {
+public:
+    explicit Impl(const std::string& path)
+        : reader_(path), comment_(iostreams::zip::findEndRecord(reader_.file()).comment)
+    {
+        for (const Entry& entry : reader_.entries()) {
+            if (reader_.find(entry.name)->record.data() == entry.record.data()) {
+                places_.emplace(entry.name, members_.size());
+                members_.push_back({std::string(entry.name), entry.size, entry.compressedSize, entry.crc,
+                                    modifiedOf(entry)});
+            }
+        }
+    }
+
+    const Entry& entry(const std::string& name) const
+    {
+        const Entry* const found = reader_.find(name);
+        if (found == nullptr) {
+            throw HEXAll(reader_.path() + ": there is no member \"" + name + "\"");
+        }
+        return *found;
+    }
+
+    ArchiveReader reader_;
+    std::string comment_;
+    std::vector<Member> members_;
+    std::map<std::string_view, std::size_t> places_;  // of the names, in the members
+};
+
+namespace {
+
+void add(ArchiveWriter& archive, const std::string& path, const HHDFHwDefArchive::Part& part,
+         const ArchiveReader* present, const Entry* entry)
+{
+    std::string reason;
+    const bool isAdded = entry == nullptr ? archive.addFile(part.file, part.name, reason)
+                                          : archive.addMember(*present, *entry, part.name, reason);
+    if (!isAdded) {
+        throw HEXAll(path + ": member \"" + part.name + "\" can't be added: " + reason);
+    }
+}
+
+}  // namespace
+
+HHDFHwDefArchive::HHDFHwDefArchive(const std::string& path) : impl_(std::make_unique<Impl>(path)) {}
+
+HHDFHwDefArchive::~HHDFHwDefArchive() = default;
+
+const std::vector<HHDFHwDefArchive::Member>& HHDFHwDefArchive::members() const
+{
+    return impl_->members_;
+}
+
+const HHDFHwDefArchive::Member* HHDFHwDefArchive::find(const std::string& name) const
+{
+    const auto place = impl_->places_.find(name);
+    return place == impl_->places_.end() ? nullptr : &impl_->members_[place->second];
+}
+
+std::string HHDFHwDefArchive::comment() const
+{
+    return std::string(ArchiveDigest::withoutDigest(impl_->comment_));
+}
+
+bool HHDFHwDefArchive::hasDigest() const
+{
+    return !ArchiveDigest::recordedIn(impl_->comment_).empty();
+}
+
+void HHDFHwDefArchive::extract(const std::string& name, const std::string& dir) const
+{
+    const Entry& entry = impl_->entry(name);
+    const std::string objection = SafePath(dir).objection(name);
+    if (!objection.empty()) {
+        throw HEXAll(dir + ": member \"" + name + "\" is not extracted: " + objection);
+    }
+    const std::string target = dir + HUTFile::getDirSeparator() + name;
+    const std::string parent = boost::filesystem::path(target).parent_path().string();
+    if (!HUTFile::ensureWritableDirectory(parent)) {
+        throw HEXAll(parent + " is no directory that can be written to");
+    }
+    extractMember(impl_->reader_, entry, target, platform::ReplacementFile::Links::REPLACED);
+}
+
+void HHDFHwDefArchive::write(const std::string& path, const std::vector<Part>& parts,
+                             const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest)
+{
+    ArchiveWriter archive(path);
+    for (const Part& part : parts) {
+        if (part.file.empty() && present == nullptr) {
+            throw HEXAll(path + ": member \"" + part.name + "\" can't be added: it has no source");
+        }
+        const Entry* const entry = part.file.empty() ? &present->impl_->entry(part.name) : nullptr;
+        add(archive, path, part, present == nullptr ? nullptr : &present->impl_->reader_, entry);
+    }
+    archive.setComment(comment);
+    archive.commit(attachDigest);
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Export.h"
+
+/// A container's archive as it lies on disk: its members, whatever its BOM says of them.
+///
+/// Opening reads the directory and no content. For one thread at a time.
+class HWDEF_API HHDFHwDefArchive {
+public:
+    /// What the archive's directory says of a member.
+    struct Member {
+        std::string name;               ///< bytes as stored
+        std::uint64_t sizeBytes = 0;    ///< of the content
+        std::uint64_t packedBytes = 0;  ///< as it is compressed in the archive
+        std::uint32_t crc = 0;          ///< CRC-32 of the content
+        std::int64_t modified = 0;      ///< seconds since 1970, the archive's local time taken for UTC
+    };
+
+    /// One member of an archive that is to be written.
+    struct Part {
+        std::string name;
+        std::string file;  ///< where its content lies on disk; empty for the present archive's member
+    };
+
+    /// Throws iostreams::device::detail::zip_exception when the path isn't a regular file or can't be
+    /// read as an archive.
+    explicit HHDFHwDefArchive(const std::string& path);
+    ~HHDFHwDefArchive();
+    HHDFHwDefArchive(const HHDFHwDefArchive&) = delete;
+    HHDFHwDefArchive& operator=(const HHDFHwDefArchive&) = delete;
+
+    /// The members in the archive's order; of a name that is listed twice only the one that counts.
+    const std::vector<Member>& members() const;
+    /// The member of that exact name; null when there is none. Cost: log n.
+    const Member* find(const std::string& name) const;
+    /// The archive's comment without the digest that it may end in.
+    std::string comment() const;
+    /// Whether an archive digest is recorded; HUTZip::checkIntegrity tells whether it holds.
+    bool hasDigest() const;
+
+    /// Writes a member to the file of its name below `dir`; directories are made. The file appears whole
+    /// or not at all, and takes the place of a link. Throws HEXAll when there is no such member, when its
+    /// name leads out of `dir`, and when it can't be read or written.
+    void extract(const std::string& name, const std::string& dir) const;
+
+    /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the
+    /// comment. Parts without a file are taken from `present`, as they are compressed there; it may be
+    /// the archive that is replaced, and may be null when all parts have files. With `attachDigest` the
+    /// archive digest is recorded. Throws HEXAll, what stood at the path is then as it was.
+    static void write(const std::string& path, const std::vector<Part>& parts,
+                      const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};

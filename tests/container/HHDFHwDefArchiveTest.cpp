@@ -1,0 +1,150 @@
+#include "hwdef/container/HHDFHwDefArchive.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "platform/HUTFile.h"
+#include "platform/HUTZip.h"
+#include "platform/iostreams/zip.h"
+#include "support/Container.h"
+#include "support/TempDir.h"
+#include "support/ZipBuilder.h"
+
+using iostreams::device::detail::zip_exception;
+using support::Members;
+using support::TempDir;
+
+namespace {
+
+/// An archive with a comment of members of several sizes; the second is listed twice.
+void writeArchive(const std::string& path)
+{
+    support::ZipBuilder zip;
+    zip.comment = "of other hands";
+    zip.addStored("hwdef.xml", "<Project/>");
+    zip.addStored("a.bit", "old");
+    zip.addDeflated("deep/b.elf", std::string(3000, 'b'));
+    zip.addStored("a.bit", "new one");
+    zip.write(path);
+}
+
+std::string whyNot(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const HEXAll& error) {
+        return error.what();
+    }
+    return "done";
+}
+
+}  // namespace
+
+TEST(HHDFHwDefArchive, listsTheMembersThatCountInTheArchivesOrder)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+
+    const HHDFHwDefArchive archive(dir / "a.hdf");
+
+    ASSERT_EQ(archive.members().size(), 3U);
+    EXPECT_EQ(archive.members()[0].name, "hwdef.xml");
+    EXPECT_EQ(archive.members()[1].name, "deep/b.elf");
+    EXPECT_EQ(archive.members()[1].sizeBytes, 3000U);
+    EXPECT_LT(archive.members()[1].packedBytes, 1000U);
+    EXPECT_EQ(archive.members()[1].crc, support::crc32(std::string(3000, 'b')));
+    EXPECT_EQ(archive.members()[2].name, "a.bit");
+    EXPECT_EQ(archive.members()[2].sizeBytes, 7U);
+    EXPECT_EQ(archive.find("a.bit"), &archive.members()[2]);
+    EXPECT_EQ(archive.find("A.bit"), nullptr);
+}
+
+TEST(HHDFHwDefArchive, refusesWhatIsNoArchive)
+{
+    const TempDir dir;
+    support::writeFile(dir / "a.hdf", "no archive");
+    EXPECT_THROW(HHDFHwDefArchive(dir / "a.hdf"), zip_exception);
+    EXPECT_THROW(HHDFHwDefArchive(dir.path()), zip_exception);
+    EXPECT_THROW(HHDFHwDefArchive(dir / "missing"), zip_exception);
+}
+
+TEST(HHDFHwDefArchive, tellsTheCommentWithoutTheDigest)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+    EXPECT_EQ(HHDFHwDefArchive(dir / "a.hdf").comment(), "of other hands");
+    EXPECT_FALSE(HHDFHwDefArchive(dir / "a.hdf").hasDigest());
+
+    HUTZip::attachDigest(HUTFile(dir / "a.hdf"));
+
+    EXPECT_EQ(HHDFHwDefArchive(dir / "a.hdf").comment(), "of other hands");
+    EXPECT_TRUE(HHDFHwDefArchive(dir / "a.hdf").hasDigest());
+}
+
+TEST(HHDFHwDefArchive, tellsWhenAMemberWasModified)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+    const auto modifiedAt = [&](const std::string& time, const std::string& date) {
+        std::string bytes = support::readFile(dir / "a.hdf");
+        const std::size_t record = bytes.find("PK\x01\x02");
+        bytes.replace(record + 12, 4, time + date);
+        support::writeFile(dir / "b.hdf", bytes);
+        return HHDFHwDefArchive(dir / "b.hdf").members().front().modified;
+    };
+    EXPECT_EQ(modifiedAt(std::string(2, '\0'), "\x21" + std::string(1, '\0')), 315532800);  // 1980-01-01
+    EXPECT_EQ(modifiedAt("\x7d\xbf", "\x9f\x5f"), 1830297598);                             // 2027-12-31 23:59:58
+    EXPECT_LT(modifiedAt(std::string(2, '\0'), std::string(2, '\0')), 315532800);          // of no calendar
+}
+
+TEST(HHDFHwDefArchive, replacesAnArchiveByItsOwnMembersAndFiles)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+    support::writeFile(dir / "file", "from disk");
+    {
+        const HHDFHwDefArchive present(dir / "a.hdf");
+        HHDFHwDefArchive::write(dir / "a.hdf",
+                                {{"hwdef.xml", dir / "file"}, {"a.bit", ""}, {"deep/b.elf", ""}}, &present,
+                                present.comment(), true);
+    }
+    EXPECT_EQ(support::readArchive(dir / "a.hdf"),
+              (Members{{"hwdef.xml", "from disk"}, {"a.bit", "new one"}, {"deep/b.elf", std::string(3000, 'b')}}));
+    EXPECT_EQ(HHDFHwDefArchive(dir / "a.hdf").comment(), "of other hands");
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(dir / "a.hdf")), HUTZip::INTACT);
+}
+
+TEST(HHDFHwDefArchive, leavesTheArchiveAloneWhenAPartCantBeHad)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+    const std::string before = support::readFile(dir / "a.hdf");
+    const HHDFHwDefArchive present(dir / "a.hdf");
+    const auto write = [&](const HHDFHwDefArchive::Part& part, const HHDFHwDefArchive* from) {
+        return whyNot([&] { HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}, part}, from, "", false); });
+    };
+    EXPECT_EQ(write({"c.bit", ""}, &present), dir / "a.hdf" + ": there is no member \"c.bit\"");
+    EXPECT_NE(write({"c.bit", dir / "missing"}, &present).find("member \"c.bit\" can't be added: "),
+              std::string::npos);
+    EXPECT_EQ(write({"c.bit", ""}, nullptr),
+              dir / "a.hdf" + ": member \"hwdef.xml\" can't be added: it has no source");
+    EXPECT_EQ(support::readFile(dir / "a.hdf"), before);
+    EXPECT_EQ(dir.list(), "a.hdf");
+}
+
+TEST(HHDFHwDefArchive, extractsBelowTheDirectoryOnly)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "a.hdf", {{"deep/b.elf", "b"}, {"../out", "evil"}});
+    const HHDFHwDefArchive archive(dir / "a.hdf");
+
+    archive.extract("deep/b.elf", dir / "to/there");
+
+    EXPECT_EQ(support::readFile(dir / "to/there/deep/b.elf"), "b");
+    EXPECT_EQ(whyNot([&] { archive.extract("../out", dir / "to/there"); }),
+              dir / "to/there" + ": member \"../out\" is not extracted: the name climbs out by \"..\"");
+    EXPECT_FALSE(support::exists(dir / "to/out"));
+    EXPECT_EQ(whyNot([&] { archive.extract("none", dir.path()); }),
+              dir / "a.hdf" + ": there is no member \"none\"");
+}
