@@ -1,0 +1,136 @@
+// Headers as they are written, and the times in them.
+
+#include "platform/iostreams/EntryHeaders.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/iostreams/ZipException.h"
+#include "support/ZipBuilder.h"
+
+using namespace iostreams::zip;
+using support::little;
+
+namespace {
+
+Entry entry(std::string_view name, std::uint64_t compressedSize, std::uint64_t size)
+{
+    Entry entry;
+    entry.name = name;
+    entry.compressedSize = compressedSize;
+    entry.size = size;
+    entry.crc = 0x1f2e3d4c;
+    entry.method = METHOD_DEFLATED;
+    return entry;
+}
+
+constexpr std::uint64_t large = 0x123456789;
+
+}  // namespace
+
+TEST(EntryHeaders, writesALocalHeader)
+{
+    std::string out = "before";
+    appendLocalHeader(out, entry("a.txt", 3, 5));
+    EXPECT_EQ(out, "before" + little(0x04034b50, 4) + little(20, 2) + little(0, 2) + little(8, 2) +
+                       little(modificationTime(), 4) + little(0x1f2e3d4c, 4) + little(3, 4) + little(5, 4) +
+                       little(5, 2) + little(0, 2) + "a.txt");
+    EXPECT_EQ(out.size(), 6 + localHeaderLength(entry("a.txt", 3, 5)));
+}
+
+TEST(EntryHeaders, writesADirectoryRecord)
+{
+    std::string out = "before";
+    Entry stored = entry("a.txt", 5, 5);
+    stored.method = METHOD_STORED;
+    appendDirectoryRecord(out, stored, 1000);
+    EXPECT_EQ(out, "before" + little(0x02014b50, 4) + little(0x0314, 2) + little(10, 2) + little(0, 2) +
+                       little(0, 2) + little(modificationTime(), 4) + little(0x1f2e3d4c, 4) + little(5, 4) +
+                       little(5, 4) + little(5, 2) + little(0, 2) + little(0, 2) + little(0, 2) +
+                       little(0, 2) + little(0x81a40000, 4) + little(1000, 4) + "a.txt");
+}
+
+TEST(EntryHeaders, writesZip64FieldsFromTheFirstSizeThatNeedsThem)
+{
+    for (const auto& [compressedSize, size] :
+         {std::pair{0xffffffffULL, 7ULL}, std::pair{7ULL, 0xffffffffULL}}) {
+        std::string out;
+        const Entry big = entry("x", compressedSize, size);
+        appendLocalHeader(out, big);
+        EXPECT_EQ(out.substr(18, 8), little(~0ULL, 8));
+        EXPECT_EQ(out.substr(30),
+                  "x" + little(1, 2) + little(16, 2) + little(size, 8) + little(compressedSize, 8));
+        EXPECT_EQ(out.size(), localHeaderLength(big));
+        EXPECT_EQ(checkLocalHeader(out, big, "z"), out.size());
+    }
+}
+
+TEST(EntryHeaders, writesNoZip64FieldUpToTheLastSizeThatFits)
+{
+    std::string out;
+    appendLocalHeader(out, entry("x", 0xfffffffe, 0xfffffffe));
+    EXPECT_EQ(out.size(), 31U);
+    out.clear();
+    appendDirectoryRecord(out, entry("x", 0xfffffffe, 0xfffffffe), 0xfffffffe);
+    EXPECT_EQ(out.size(), 47U);
+}
+
+TEST(EntryHeaders, readsWhatItWritesInADirectoryRecord)
+{
+    const std::uint64_t numbers[] = {0, 0xfffffffe, 0xffffffff, large};
+    for (const std::uint64_t size : numbers) {
+        for (const std::uint64_t compressedSize : numbers) {
+            for (const std::uint64_t offset : numbers) {
+                std::string out;
+                appendDirectoryRecord(out, entry("x", compressedSize, size), offset);
+                const Entry parsed = parseDirectoryRecord(out, 0, "z");
+                EXPECT_EQ(parsed.size, size);
+                EXPECT_EQ(parsed.compressedSize, compressedSize);
+                EXPECT_EQ(parsed.headerOffset, offset);
+                EXPECT_EQ(parsed.record.size(), out.size());
+            }
+        }
+    }
+}
+
+TEST(EntryHeaders, flagsNamesThatAreUtf8AndNotAscii)
+{
+    EXPECT_FALSE(needsUtf8Flag(""));
+    EXPECT_FALSE(needsUtf8Flag("plain/name.txt"));
+    EXPECT_TRUE(needsUtf8Flag("gr\xc3\xbc\xc3\x9f.txt"));
+    EXPECT_TRUE(needsUtf8Flag("\xf0\x9f\x94\xa7"));
+    EXPECT_FALSE(needsUtf8Flag("latin1 \xfc"));
+    EXPECT_FALSE(needsUtf8Flag("cut off \xc3"));
+    EXPECT_FALSE(needsUtf8Flag("too long \xc0\xaf"));
+    EXPECT_FALSE(needsUtf8Flag("surrogate \xed\xa0\x80"));
+    std::string out;
+    appendLocalHeader(out, entry("gr\xc3\xbc\xc3\x9f.txt", 1, 1));
+    EXPECT_EQ(out.substr(6, 2), little(0x0800, 2));
+}
+
+TEST(EntryHeaders, tellsTimesAsMsDosDoes)
+{
+    const std::uint32_t first = 1U << 21U | 1U << 16U;
+    EXPECT_EQ(dosTime("315532800"), first);  // 1980-01-01 00:00:00
+    EXPECT_EQ(dosTime("315532801"), first);  // even seconds only
+    EXPECT_EQ(dosTime("1700000000"), 43U << 25U | 11U << 21U | 14U << 16U | 22U << 11U | 13U << 5U | 10U);
+    EXPECT_EQ(dosTime("1709164800"), 44U << 25U | 2U << 21U | 29U << 16U);  // a leap day
+}
+
+TEST(EntryHeaders, movesTimesIntoTheRangeOfMsDos)
+{
+    const std::uint32_t first = 1U << 21U | 1U << 16U;
+    const std::uint32_t last = 127U << 25U | 12U << 21U | 31U << 16U | 23U << 11U | 59U << 5U | 29U;
+    EXPECT_EQ(dosTime("0"), first);
+    EXPECT_EQ(dosTime("-1"), first);
+    EXPECT_EQ(dosTime("4354819199"), last);
+    EXPECT_EQ(dosTime("4354819200"), last);
+    EXPECT_EQ(dosTime("9223372036854775807"), last);
+}
+
+TEST(EntryHeaders, takesNoTimeFromWhatIsNoNumber)
+{
+    const std::uint32_t first = 1U << 21U | 1U << 16U;
+    for (const char* text : {"", "soon", "1700000000x", " 1700000000", "99999999999999999999"}) {
+        EXPECT_EQ(dosTime(text), first) << text;
+    }
+}
