@@ -6,6 +6,8 @@
 #include "hwdef/bom/HHDFHwDefBomWriter.h"
 #include "hwdef/container/HHDFCTmpDirObject.h"
 #include "hwdef/container/HHDFHwDefArchive.h"
+#include "hwdef/inspect/HHDFFinding.h"
+#include "hwdef/inspect/HHDFInspect.h"
 #include "hwdef/model/HHDFHwDef.h"
 #include "hwdef/model/HHDFHwDefBoard.h"
 #include "hwdef/model/HHDFHwDefConfig.h"
