@@ -6,6 +6,7 @@
 #include "hwdef/bom/HHDFHwDefBomWriter.h"
 #include "hwdef/container/HHDFCTmpDirObject.h"
 #include "hwdef/container/HHDFHwDefArchive.h"
+#include "hwdef/inspect/HHDFDifference.h"
 #include "hwdef/inspect/HHDFFinding.h"
 #include "hwdef/inspect/HHDFInspect.h"
 #include "hwdef/model/HHDFHwDef.h"

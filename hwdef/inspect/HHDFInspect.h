@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "hwdef/inspect/HHDFDifference.h"
 #include "hwdef/inspect/HHDFFinding.h"
 #include "platform/Export.h"
 
@@ -45,4 +46,32 @@ public:
     /// the call is cancelled. `findings` is replaced. Cost: linear in the directory, the BOM and, for FULL,
     /// the members.
     static bool verify(const std::string& path, Level level, std::vector<HHDFFinding>& findings);
+
+    // --- Contents.
+
+    /// What two containers mean differently, in order of section, item and field: properties, resources,
+    /// attributes, BOM files by type, role, hierarchy, attributes and content, driver files, members that
+    /// no BOM entry names, partitions, configurations. Of a software-parameter file whose content
+    /// differs each parameter that does is told as well. Order, compression, times, comments, recorded
+    /// digests, the BOM's text and name and the files' source databases (which name the container a file
+    /// was first written to) are no differences.
+    ///
+    /// Contents are compared by their SHA-256, which `before` and `after` begin with. Of several entries
+    /// with one name the later ones are told as "NAME #2" and so on, in the order of their other values.
+    ///
+    /// False, after the reason was sent, when one of the containers can't be opened or read, or the call
+    /// is cancelled.
+    static bool compare(const std::string& first, const std::string& second,
+                        std::vector<HHDFDifference>& differences);
+
+    /// What a container holds, as 64 hexadecimal digits: equal for two containers exactly when compare()
+    /// finds no difference. Empty as compare() is false.
+    ///
+    /// It is the SHA-256 (FIPS 180-4) of the text "hwdef-content-1" and all facts in byte order: each is
+    /// four texts (section, item, field, value), each text its length as 8 bytes, lowest first, and its
+    /// bytes. docs/inspection.md lists the facts.
+    static std::string contentDigest(const std::string& path);
+
+    /// The SHA-256 of the file as it lies there; empty, after the reason was sent, when it can't be read.
+    static std::string fileDigest(const std::string& path);
 };
