@@ -74,4 +74,15 @@ public:
 
     /// The SHA-256 of the file as it lies there; empty, after the reason was sent, when it can't be read.
     static std::string fileDigest(const std::string& path);
+
+    // --- The same as JSON documents, for programs. docs/inspection.md describes them.
+
+    /// Grows when a member of a document goes or changes its meaning, not when one is added.
+    static constexpr unsigned JSON_VERSION = 1;
+
+    static std::string toJson(const std::string& path, Level level, const std::vector<HHDFFinding>& findings);
+    static std::string toJson(const std::string& first, const std::string& second,
+                              const std::vector<HHDFDifference>& differences);
+    static std::string digestsToJson(const std::string& path, const std::string& contentDigest,
+                                     const std::string& fileDigest);
 };
