@@ -1,0 +1,9 @@
+#pragma once
+
+#include <stdexcept>
+
+/// What was asked can't be done: one line for the user on standard error, and the exit code 2.
+class CommandError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};

@@ -1,0 +1,140 @@
+#include "CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "CommandError.h"
+#include "Text.h"
+
+namespace {
+
+const std::vector<std::string> colourChoices = {"auto", "always", "never"};
+
+CLI::Option* addOption(CLI::App& app, const Argument& argument)
+{
+    if (const auto* flag = std::get_if<bool*>(&argument.target)) {
+        return app.add_flag(argument.names, **flag, argument.help);
+    }
+    if (const auto* text = std::get_if<std::string*>(&argument.target)) {
+        return app.add_option(argument.names, **text, argument.help);
+    }
+    CLI::Option* const list =
+        app.add_option(argument.names, *std::get<std::vector<std::string>*>(argument.target), argument.help);
+    // One value at a time: a value in brackets is a text like any other.
+    return argument.isOption() ? list->allow_extra_args(false) : list->expected(-1)->allow_extra_args(false);
+}
+
+std::string footerOf(const VerbText& text)
+{
+    std::string footer = "Examples:\n";
+    for (const auto& [command, what] : text.examples) {
+        footer += "  " + command + "\n      " + what + "\n";
+    }
+    return footer;
+}
+
+void fill(CLI::App& app, const Verb& verb, const Arguments& arguments)
+{
+    app.set_help_flag();  // ours is an argument as others are
+    app.get_formatter()->column_width(30);
+    app.footer(footerOf(verb.text()));
+    for (const Argument& argument : arguments.all()) {
+        CLI::Option* const option = addOption(app, argument);
+        option->required(argument.isRequired);
+        if (!argument.isFlag()) {
+            option->option_text(argument.isOption() ? argument.value : " ");  // the usage line tells the rest
+        }
+    }
+}
+
+std::vector<std::string> optionNames(const Arguments& arguments)
+{
+    std::vector<std::string> names;
+    for (const Argument& argument : arguments.all()) {
+        if (argument.isOption()) {
+            const std::vector<std::string> split = CLI::detail::split(argument.names, ',');
+            names.insert(names.end(), split.begin(), split.end());
+        }
+    }
+    return names;
+}
+
+CommandError usageError(const Verb& verb, const std::string& text)
+{
+    return CommandError(verb.text().name + ": " + text + "\nTry \"hwdef " + verb.text().name +
+                        " --help\".");
+}
+
+CommandError unexpected(const Verb& verb, const Arguments& arguments, const std::string& word)
+{
+    if (word.size() < 2 || word.front() != '-') {
+        return usageError(verb, "\"" + printable(word) + "\" is one argument too many");
+    }
+    const std::string name = word.substr(0, word.find('='));
+    return usageError(verb, "there is no option \"" + printable(name) + "\"" +
+                                didYouMean(name, optionNames(arguments)));
+}
+
+void checkChoices(const Verb& verb, const Arguments& arguments)
+{
+    for (const Argument& argument : arguments.all()) {
+        if (argument.choices.empty()) {
+            continue;
+        }
+        const std::string& value = *std::get<std::string*>(argument.target);
+        const bool isChoice = std::find(argument.choices.begin(), argument.choices.end(), value) !=
+                              argument.choices.end();
+        if (!value.empty() && !isChoice) {
+            throw usageError(verb, argument.names + " can't be \"" + printable(value) + "\", only " +
+                                       CLI::detail::join(argument.choices, ", ") +
+                                       didYouMean(value, argument.choices));
+        }
+    }
+}
+
+}  // namespace
+
+void defineSettings(Arguments& arguments, Settings& settings)
+{
+    arguments.flag("--json", settings.json, "Write one JSON document in place of text");
+    arguments.flag("-q,--quiet", settings.quiet, "Tell neither warnings nor progress");
+    arguments.option("--color", "WHEN", Kind::TEXT, settings.colours,
+                     "Use colours: auto, always or never", colourChoices);
+    arguments.flag("-h,--help", settings.help, "Show this help");
+}
+
+Colours coloursOf(const Settings& settings)
+{
+    return settings.colours == "always" ? Colours::ALWAYS
+           : settings.colours == "never" ? Colours::NEVER
+                                         : Colours::AUTO;
+}
+
+void parseWords(const Verb& verb, const Arguments& arguments, const Settings& settings,
+                std::vector<std::string> words)
+{
+    CLI::App app(verb.text().description, "hwdef " + verb.text().name);
+    fill(app, verb, arguments);
+    app.allow_extras();
+    std::reverse(words.begin(), words.end());  // the parser takes them from the end
+    try {
+        app.parse(std::move(words));
+    } catch (const CLI::ParseError& error) {
+        if (settings.help) {
+            return;
+        }
+        throw usageError(verb, printable(error.what()));
+    }
+    const std::vector<std::string> left = app.remaining();
+    if (!left.empty() && !settings.help) {
+        throw unexpected(verb, arguments, left.front());
+    }
+    checkChoices(verb, arguments);
+}
+
+std::string helpOf(const Verb& verb, const Arguments& arguments)
+{
+    CLI::App app(verb.text().description, "hwdef " + verb.text().name);
+    fill(app, verb, arguments);
+    return app.help();
+}

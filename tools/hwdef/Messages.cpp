@@ -1,0 +1,70 @@
+#include "Messages.h"
+
+#include <unistd.h>
+
+#include "CommandError.h"
+#include "Text.h"
+
+namespace {
+
+Colours coloursOfErrors = Colours::AUTO;
+
+void writeError(Style style, const std::string& word, const std::string& text)
+{
+    const std::string shown =
+        word.empty() ? "" : (isColoured(STDERR_FILENO, coloursOfErrors) ? painted(style, word) : word) + " ";
+    try {
+        writeToStream(STDERR_FILENO, "hwdef: " + shown + text + "\n");
+    } catch (const CommandError&) {
+        // There is nowhere left to tell it.
+    }
+}
+
+void show(const ComMsg& message)
+{
+    const bool isWarning = message.mask == ComMsgMgr::WARNING;
+    const bool isNotice = message.mask == ComMsgMgr::NOTICE;
+    const std::string id = message.id.empty() ? "" : " [" + message.id.substr(0, message.id.find('%')) + "]";
+    writeError(isWarning || isNotice ? Style::YELLOW : Style::RED,
+               isWarning ? "warning:" : isNotice ? "notice:" : "error:", printable(message.text) + id);
+}
+
+}  // namespace
+
+void showMessages(bool isQuiet, Colours colours)
+{
+    coloursOfErrors = colours;
+    ComMsgMgr::setHandler([isQuiet](const ComMsg& message) {
+        if (!isQuiet || message.mask == ComMsgMgr::FAILURE || message.mask == 0) {
+            show(message);
+        }
+    });
+}
+
+void tell(const std::string& text)
+{
+    writeError(Style::PLAIN, "", text);
+}
+
+void tellError(const std::string& text)
+{
+    writeError(Style::RED, "error:", text);
+}
+
+HeldMessages::HeldMessages()
+    : earlier_(ComMsgMgr::setHandler([this](const ComMsg& message) { messages_.push_back(message); }))
+{
+}
+
+HeldMessages::~HeldMessages()
+{
+    ComMsgMgr::setHandler(earlier_);
+}
+
+void HeldMessages::tellAll()
+{
+    for (const ComMsg& message : messages_) {
+        earlier_(message);
+    }
+    messages_.clear();
+}

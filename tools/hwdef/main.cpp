@@ -1,0 +1,77 @@
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "CommandError.h"
+#include "CommandLine.h"
+#include "Help.h"
+#include "Messages.h"
+#include "platform/HUTEnv.h"
+
+namespace {
+
+constexpr int errorCode = static_cast<int>(ExitCode::ERROR);
+
+int say(const std::string& text)
+{
+    writeToStream(1, text + "\n");
+    return 0;
+}
+
+int runVerb(Verb& verb, std::vector<std::string> words)
+{
+    Settings settings;
+    Arguments arguments;
+    verb.define(arguments);
+    defineSettings(arguments, settings);
+    parseWords(verb, arguments, settings, std::move(words));
+    if (settings.help) {
+        writeToStream(1, helpOf(verb, arguments));
+        return 0;
+    }
+    showMessages(settings.quiet, coloursOf(settings));
+    Output output(verb.text().name, settings.json, coloursOf(settings));
+    const ExitCode code = verb.run(output);
+    output.finish();
+    return static_cast<int>(code);
+}
+
+int runWords(std::vector<std::string> words)
+{
+    // Options may stand in front of the verb as well.
+    const auto verbWord =
+        std::find_if(words.begin(), words.end(), [](const std::string& word) { return word.empty() || word[0] != '-'; });
+    if (verbWord == words.end()) {
+        const std::string first = words.empty() ? "" : words.front();
+        if (first == "--version") {
+            return say("hwdef " + HUTEnv::getProductVersion());
+        }
+        if (first == "--help" || first == "-h") {
+            return say(generalHelp());
+        }
+        throw CommandError((words.empty() ? "a verb is missing" : "a verb is missing behind \"" + first + "\"") +
+                           "\nTry \"hwdef --help\".");
+    }
+    Verb* const verb = findVerb(*verbWord);
+    if (verb == nullptr) {
+        throw CommandError(unknownVerb(*verbWord) + "\nTry \"hwdef --help\".");
+    }
+    words.erase(verbWord);
+    return runVerb(*verb, std::move(words));
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return runWords({argv + std::min(argc, 1), argv + argc});
+    } catch (const std::bad_alloc&) {
+        tellError("there is not enough memory");
+    } catch (const std::exception& error) {
+        tellError(error.what());
+    }
+    return errorCode;
+}
