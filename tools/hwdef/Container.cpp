@@ -174,16 +174,53 @@ std::string kindOf(const std::string& path)
     return fs::file_size(path, error) == 0 ? "an empty file" : kindOfContent(path);
 }
 
-std::unique_ptr<HHDFHwDef> openContainer(const std::string& path)
+std::vector<HHDFHwDefFile*> Container::files() const
+{
+    std::vector<HHDFHwDefFile*> files;
+    definition->getBomFiles(files);
+    return files;
+}
+
+std::string Container::bomName() const
+{
+    // Opening prefers this one as well.
+    return archive->find("hwdef.xml") == nullptr ? "sysdef.xml" : "hwdef.xml";
+}
+
+const HHDFHwDefArchive::Member& Container::member(const std::string& name) const
+{
+    const HHDFHwDefArchive::Member* const found = archive->find(name);
+    if (found == nullptr) {
+        std::vector<std::string> names;
+        for (const auto& present : archive->members()) {
+            names.push_back(present.name);
+        }
+        throw failure(path, "there is no member \"" + printable(name) + "\"" + didYouMean(name, names));
+    }
+    return *found;
+}
+
+const HHDFHwDefArchive::Member* Container::driverMember(const HHDFHwDefDriver& file) const
+{
+    // The BOM has "drivers/" in front of names that are packed without it.
+    const std::string dir = "drivers/";
+    const std::string name = file.getRelativeName();
+    const HHDFHwDefArchive::Member* const found = archive->find(name);
+    const std::string other = name.starts_with(dir) ? name.substr(dir.size()) : dir + name;
+    return found != nullptr ? found : archive->find(other);
+}
+
+Container openContainer(const std::string& path)
 {
     checkFile(path);
     HeldMessages messages;
-    std::unique_ptr<HHDFHwDef> definition = tryToOpen(path);
-    if (definition == nullptr) {
+    Container container = {path, tryToOpen(path), nullptr};
+    if (container.definition == nullptr) {
         throw refusal(path, messages);
     }
+    container.archive = std::make_unique<HHDFHwDefArchive>(path);
     messages.tellAll();
-    return definition;
+    return container;
 }
 
 std::vector<std::string> typeTokens()
@@ -212,4 +249,9 @@ HHDFHwDefFileTypes::HWHFileType typeOf(const std::string& token)
                            (hint.empty() ? "; \"hwdef help list\" names them all" : hint));
     }
     return type;
+}
+
+std::string typeToken(const HHDFHwDefFile& file)
+{
+    return HHDFHwDefFileTypes::getHWHFileTypeStr(file.getFileType());
 }

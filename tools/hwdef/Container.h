@@ -6,9 +6,24 @@
 
 #include "hwdef/hwdef.h"
 
-/// Opens a container without checking its integrity. Throws CommandError, which says what is wrong with
-/// the file, or what it is when it is no container.
-std::unique_ptr<HHDFHwDef> openContainer(const std::string& path);
+/// A container that was opened without checking its integrity.
+struct Container {
+    std::string path;
+    std::unique_ptr<HHDFHwDef> definition;
+    std::unique_ptr<HHDFHwDefArchive> archive;
+
+    /// The entries of its BOM in order; they belong to the definition.
+    std::vector<HHDFHwDefFile*> files() const;
+    /// The name of its BOM document.
+    std::string bomName() const;
+    /// The member of that name. Throws CommandError with the nearest name.
+    const HHDFHwDefArchive::Member& member(const std::string& name) const;
+    /// The member that a driver's file stands for; null when the archive has none.
+    const HHDFHwDefArchive::Member* driverMember(const HHDFHwDefDriver& file) const;
+};
+
+/// Throws CommandError, which says what is wrong with the file, or what it is when it is no container.
+Container openContainer(const std::string& path);
 
 /// What stands at a path, as far as its first bytes tell: "a directory", "an ELF file", "a zip archive".
 /// Empty when that isn't known.
@@ -18,3 +33,5 @@ std::string kindOf(const std::string& path);
 std::vector<std::string> typeTokens();
 /// The file type of a token in any case. Throws CommandError with the nearest token.
 HHDFHwDefFileTypes::HWHFileType typeOf(const std::string& token);
+/// The token of an entry's type.
+std::string typeToken(const HHDFHwDefFile& file);

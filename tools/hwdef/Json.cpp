@@ -70,6 +70,12 @@ void Json::add(std::string_view key, std::uint64_t number)
     impl_->writer_.Uint64(number);
 }
 
+void Json::add(std::string_view key, std::int64_t number)
+{
+    impl_->string(key);
+    impl_->writer_.Int64(number);
+}
+
 void Json::add(std::string_view key, bool value)
 {
     impl_->string(key);

@@ -26,6 +26,7 @@ public:
     void add(std::string_view key, const char* text) { add(key, std::string_view(text)); }
     void add(std::string_view key, const std::string& text) { add(key, std::string_view(text)); }
     void add(std::string_view key, std::uint64_t number);
+    void add(std::string_view key, std::int64_t number);
     void add(std::string_view key, bool value);
     /// A number of up to two digits behind the point.
     void add(std::string_view key, double number);

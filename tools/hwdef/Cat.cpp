@@ -1,0 +1,85 @@
+#include <array>
+#include <boost/archive/iterators/base64_from_binary.hpp>
+#include <boost/archive/iterators/transform_width.hpp>
+
+#include "CommandError.h"
+#include "Container.h"
+#include "Text.h"
+#include "Verb.h"
+#include "platform/Limits.h"
+#include "platform/iostreams/zip.h"
+
+namespace {
+
+class Cat : public Verb {
+public:
+    Cat()
+        : Verb(30, {"cat",
+                    "Write a member to standard output",
+                    "Writes the content of a member to standard output. Its checksum is checked at its end. As "
+                    "JSON, what isn't UTF-8 comes in base64.",
+                    {{"hwdef cat design.hdf hwdef.xml", "shows the bill of materials"},
+                     {"hwdef cat design.hdf top.bit | sha256sum", "the checksum of the bitstream"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        arguments.operand("MEMBER", Kind::MEMBER, member_, "The name of a member, the bill of materials included");
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    std::string file_;
+    std::string member_;
+};
+
+const Registration<Cat> registration;
+
+/// Base64 (RFC 4648, section 4).
+std::string base64(const std::string& bytes)
+{
+    namespace iterators = boost::archive::iterators;
+    using Encoder = iterators::base64_from_binary<iterators::transform_width<const char*, 6, 8>>;
+    std::string text(Encoder(bytes.data()), Encoder(bytes.data() + bytes.size()));
+    return text.append((3 - bytes.size() % 3) % 3, '=');
+}
+
+/// Gives the content to `take` piece by piece.
+template <typename Take>
+void read(const std::string& member, const std::string& file, Take take)
+{
+    iostreams::device::file_source source(member, file);
+    std::array<char, 64 * 1024> buffer;
+    for (std::streamsize count = 0; (count = source.read(buffer.data(), buffer.size())) >= 0;) {
+        take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
+    }
+}
+
+ExitCode Cat::run(Output& output)
+{
+    const Container container = openContainer(file_);
+    const auto& found = container.member(member_);
+    if (!output.isJson()) {
+        read(member_, file_, [](std::string_view bytes) { writeToStream(1, bytes); });
+        return ExitCode::SOUND;
+    }
+    const std::uint64_t most = platform::limits::maxMemberInMemory();
+    if (found.sizeBytes > most) {
+        throw CommandError(file_ + ": member \"" + printable(member_) + "\" has " + readableSize(found.sizeBytes) +
+                           ", too much for a JSON document; without --json it can be had");
+    }
+    std::string content;
+    read(member_, file_, [&](std::string_view bytes) { content += bytes; });
+    const bool isText = validUtf8(content) == content;
+    output.json().add("file", file_);
+    output.json().add("member", member_);
+    output.json().add("sizeBytes", found.sizeBytes);
+    output.json().add("encoding", isText ? "utf-8" : "base64");
+    output.json().add("content", isText ? content : base64(content));
+    return ExitCode::SOUND;
+}
+
+}  // namespace

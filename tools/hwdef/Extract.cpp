@@ -1,0 +1,117 @@
+#include <fnmatch.h>
+
+#include <filesystem>
+
+#include "Container.h"
+#include "Messages.h"
+#include "Text.h"
+#include "Verb.h"
+#include "platform/HEXAll.h"
+
+namespace {
+
+using Member = HHDFHwDefArchive::Member;
+
+class Extract : public Verb {
+public:
+    Extract()
+        : Verb(40, {"extract",
+                    "Write members as files",
+                    "Writes members as files below a directory, all of them or those named. A name with *, ? or "
+                    "[ stands for every member that it matches. A member whose name leads out of the directory is "
+                    "refused; the others are written all the same.",
+                    {{"hwdef extract design.hdf -C out", "every member, as a file below out"},
+                     {"hwdef extract design.hdf '*.bit'", "the bitstreams, into this directory"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        arguments.operands("MEMBER", Kind::MEMBER, names_, "Names or patterns of members; all when there are none",
+                           false);
+        arguments.option("-C,--directory", "DIR", Kind::DIRECTORY, dir_,
+                         "The directory, made when it isn't there; this one when not given");
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    std::vector<const Member*> chosen(const Container& container) const;
+
+    std::string file_;
+    std::vector<std::string> names_;
+    std::string dir_ = ".";
+};
+
+const Registration<Extract> registration;
+
+bool matches(const std::string& pattern, const std::string& name)
+{
+    return pattern == name || fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
+}
+
+std::vector<const Member*> Extract::chosen(const Container& container) const
+{
+    std::vector<const Member*> members;
+    std::vector<bool> isUsed(names_.size());
+    for (const Member& member : container.archive->members()) {
+        bool isChosen = names_.empty();
+        for (std::size_t i = 0; i < names_.size(); ++i) {
+            if (matches(names_[i], member.name)) {
+                isChosen = isUsed[i] = true;
+            }
+        }
+        if (isChosen) {
+            members.push_back(&member);
+        }
+    }
+    for (std::size_t i = 0; i < names_.size(); ++i) {
+        if (!isUsed[i]) {
+            container.member(names_[i]);  // throws, with the nearest name
+        }
+    }
+    return members;
+}
+
+void write(Json& json, const Member& member, const std::string& dir)
+{
+    json.beginObject();
+    json.add("member", member.name);
+    json.add("path", (std::filesystem::path(dir) / member.name).string());
+    json.add("sizeBytes", member.sizeBytes);
+    json.end();
+}
+
+ExitCode Extract::run(Output& output)
+{
+    const Container container = openContainer(file_);
+    const auto members = chosen(container);
+    if (output.isJson()) {
+        output.json().add("file", file_);
+        output.json().add("directory", dir_);
+        output.json().beginArray("files");
+    }
+    std::uint64_t total = 0;
+    std::size_t count = 0;
+    for (const Member* member : members) {
+        try {
+            container.archive->extract(member->name, dir_);
+        } catch (const HEXAll& error) {
+            tellError(printable(error.what()));
+            continue;
+        }
+        total += member->sizeBytes;
+        ++count;
+        if (output.isJson()) {
+            write(output.json(), *member, dir_);
+        }
+    }
+    if (output.isJson()) {
+        output.json().end();
+    }
+    output.line(counted(count, "file") + ", " + readableSize(total) + ", written to " + printable(dir_));
+    return count == members.size() ? ExitCode::SOUND : ExitCode::ERROR;
+}
+
+}  // namespace
