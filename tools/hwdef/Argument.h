@@ -13,6 +13,7 @@ enum class Kind {
     MEMBER,      ///< of the container that the same command line names first
     TYPE,        ///< the token of a file type
     TYPED_FILE,  ///< PATH:TYPE
+    PROPERTY,    ///< KEY=VALUE
 };
 
 /// One option or operand of a verb, and where its value goes.

@@ -20,8 +20,7 @@ CLI::Option* addOption(CLI::App& app, const Argument& argument)
     }
     CLI::Option* const list =
         app.add_option(argument.names, *std::get<std::vector<std::string>*>(argument.target), argument.help);
-    // One value at a time: a value in brackets is a text like any other.
-    return argument.isOption() ? list->allow_extra_args(false) : list->expected(-1)->allow_extra_args(false);
+    return argument.isOption() ? list->allow_extra_args(false) : list;
 }
 
 std::string footerOf(const VerbText& text)
@@ -75,6 +74,34 @@ CommandError unexpected(const Verb& verb, const Arguments& arguments, const std:
                                 didYouMean(name, optionNames(arguments)));
 }
 
+/// The parser takes a word in brackets for a list of several words; a mark in front makes it a plain one.
+constexpr char bracketMark = '\x01';
+
+void markBrackets(std::vector<std::string>& words)
+{
+    for (std::string& word : words) {
+        if (word.starts_with('[') && word.ends_with(']')) {
+            word.insert(word.begin(), bracketMark);
+        }
+    }
+}
+
+void unmarkBrackets(const Arguments& arguments)
+{
+    const auto unmark = [](std::string& text) {
+        if (text.starts_with(std::string{bracketMark, '['})) {
+            text.erase(0, 1);
+        }
+    };
+    for (const Argument& argument : arguments.all()) {
+        if (const auto* text = std::get_if<std::string*>(&argument.target)) {
+            unmark(**text);
+        } else if (const auto* list = std::get_if<std::vector<std::string>*>(&argument.target)) {
+            std::for_each((*list)->begin(), (*list)->end(), unmark);
+        }
+    }
+}
+
 void checkChoices(const Verb& verb, const Arguments& arguments)
 {
     for (const Argument& argument : arguments.all()) {
@@ -116,6 +143,7 @@ void parseWords(const Verb& verb, const Arguments& arguments, const Settings& se
     CLI::App app(verb.text().description, "hwdef " + verb.text().name);
     fill(app, verb, arguments);
     app.allow_extras();
+    markBrackets(words);
     std::reverse(words.begin(), words.end());  // the parser takes them from the end
     try {
         app.parse(std::move(words));
@@ -129,6 +157,7 @@ void parseWords(const Verb& verb, const Arguments& arguments, const Settings& se
     if (!left.empty() && !settings.help) {
         throw unexpected(verb, arguments, left.front());
     }
+    unmarkBrackets(arguments);
     checkChoices(verb, arguments);
 }
 

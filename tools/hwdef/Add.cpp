@@ -1,0 +1,114 @@
+#include <algorithm>
+
+#include "CommandError.h"
+#include "Edit.h"
+#include "Text.h"
+#include "TypedFile.h"
+#include "Verb.h"
+
+namespace {
+
+class Add : public Verb {
+public:
+    Add()
+        : Verb(150, {"add",
+                     "Add files",
+                     "Adds files with their types to a container; all other members keep their bytes.",
+                     {{"hwdef add design.hdf debug.ltx:LTX", "adds a file of the type LTX"},
+                      {"hwdef add design.hdf top.bit:BIT --replace", "puts new bytes in the place of the old ones"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        arguments.operands("PATH:TYPE", Kind::TYPED_FILE, inputs_, "A file and its type", true);
+        arguments.flag("-r,--replace", isReplacing_, "Replace members that have the name already");
+        defineLeave(arguments, leave_);
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    void change(Recipe& recipe) const;
+
+    std::string file_;
+    std::vector<std::string> inputs_;
+    std::vector<Recipe::File> files_;
+    bool isReplacing_ = false;
+    EditLeave leave_;
+};
+
+const Registration<Add> registration;
+
+/// Puts a file in the place of the entry of its name, or at the list's end.
+void addTo(std::vector<Recipe::File>& list, const Recipe::File& file)
+{
+    const auto same = [&](const Recipe::File& other) { return other.name == file.name; };
+    const auto present = std::find_if(list.begin(), list.end(), same);
+    if (present == list.end()) {
+        list.push_back(file);
+        return;
+    }
+    present->path = file.path;
+    present->type = file.type;
+}
+
+/// Puts a member's file in its place, where the archive's order is told.
+void addTo(std::vector<Recipe::Member>& members, const Recipe::File& file)
+{
+    if (members.empty()) {
+        return;
+    }
+    const auto present = std::find_if(members.begin(), members.end(),
+                                      [&](const Recipe::Member& member) { return member.name == file.name; });
+    if (present == members.end()) {
+        members.push_back({file.name, file.path});
+    } else {
+        present->path = file.path;
+    }
+}
+
+void Add::change(Recipe& recipe) const
+{
+    const auto present = recipe.members.empty() ? membersOf(recipe) : recipe.members;
+    for (const Recipe::File& file : files_) {
+        const bool isThere = std::any_of(present.begin(), present.end(),
+                                         [&](const Recipe::Member& member) { return member.name == file.name; });
+        if (file.name == "hwdef.xml" || file.name == "sysdef.xml") {
+            throw CommandError("\"" + file.name + "\" is the name of a bill of materials");
+        }
+        if (isThere && !isReplacing_) {
+            throw CommandError(printable(file_) + ": there is a member \"" + printable(file.name) +
+                               "\" already; --replace replaces it");
+        }
+        addTo(recipe.files, file);
+        addTo(recipe.members, file);
+    }
+    recipe.digest.clear();  // of the members as they were
+}
+
+ExitCode Add::run(Output& output)
+{
+    for (const std::string& input : inputs_) {
+        files_.push_back(parseTypedFile(input));
+    }
+    editContainer(file_, leave_, [this](Recipe& recipe) { change(recipe); });
+    if (output.isJson()) {
+        output.json().add("file", file_);
+        output.json().beginArray("added");
+        for (const Recipe::File& file : files_) {
+            output.json().beginObject();
+            output.json().add("name", file.name);
+            output.json().add("type", file.type);
+            output.json().end();
+        }
+        output.json().end();
+    }
+    for (const Recipe::File& file : files_) {
+        output.line(printable(file_) + ": added " + printable(file.name) + " as " + file.type);
+    }
+    return ExitCode::SOUND;
+}
+
+}  // namespace

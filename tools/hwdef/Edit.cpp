@@ -1,0 +1,50 @@
+#include "Edit.h"
+
+#include "CommandError.h"
+#include "Text.h"
+#include "platform/HUTFile.h"
+#include "platform/HUTZip.h"
+
+namespace {
+
+/// A digest that is recorded anew would hide that the old one was wrong.
+void checkDigest(const Container& container)
+{
+    if (container.archive->hasDigest() && HUTZip::checkIntegrity(HUTFile(container.path)) != HUTZip::INTACT) {
+        throw CommandError(printable(container.path) +
+                           ": the archive was changed after it was written: its digest is wrong; --force edits it "
+                           "all the same, and records a new digest");
+    }
+}
+
+void checkBom(const Recipe& recipe, const Container& container)
+{
+    if (!tellsAll(recipe, container)) {
+        throw CommandError(printable(container.path) + ": \"" + container.bomName() +
+                           "\" is of other hands, and may say what an edit would lose; --rewrite-bom writes it anew "
+                           "with all that hwdef knows of it");
+    }
+}
+
+}  // namespace
+
+void defineLeave(Arguments& arguments, EditLeave& leave)
+{
+    arguments.flag("--rewrite-bom", leave.toRewriteBom,
+                   "Write a bill of materials of other hands anew, with what hwdef knows of it");
+    arguments.flag("--force", leave.toBless, "Edit an archive whose digest is wrong");
+}
+
+void editContainer(const std::string& path, const EditLeave& leave, const std::function<void(Recipe&)>& change)
+{
+    const Container container = openContainer(path);
+    Recipe recipe = recipeOf(container);
+    if (!leave.toBless) {
+        checkDigest(container);
+    }
+    if (!leave.toRewriteBom) {
+        checkBom(recipe, container);
+    }
+    change(recipe);
+    cook(recipe, path, container.archive.get());
+}

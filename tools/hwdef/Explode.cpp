@@ -1,0 +1,156 @@
+#include <filesystem>
+#include <fstream>
+
+#include "CommandError.h"
+#include "Messages.h"
+#include "RecipeFile.h"
+#include "Text.h"
+#include "Verb.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* recipeName = "recipe.json";
+
+class Explode : public Verb {
+public:
+    Explode()
+        : Verb(130, {"explode",
+                     "Take a container apart",
+                     "Writes every member as a file below a directory, and a readable recipe, recipe.json, of what "
+                     "the bill of materials says. \"hwdef build -o OUT DIR/recipe.json\" gives the container back, "
+                     "byte for byte when it was packed by hwdef or its library; explode tries this out and says so "
+                     "when the bytes differ. A bill of materials of other hands that the recipe can't tell in full is "
+                     "kept as a file and taken as it is.",
+                     {{"hwdef explode design.hdf parts", "members and recipe below parts"},
+                      {"hwdef build -o again.hdf parts/recipe.json", "the container again"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        arguments.operand("DIR", Kind::DIRECTORY, dir_, "The directory, which must be empty when it exists");
+        arguments.flag("--force", isForced_, "Write into a directory that isn't empty");
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    void checkDirectory() const;
+    Recipe recipe(const Container& container) const;
+    void extract(const Container& container, const Recipe& recipe) const;
+    bool givesSameBytes() const;
+
+    std::string file_;
+    std::string dir_;
+    bool isForced_ = false;
+};
+
+const Registration<Explode> registration;
+
+/// Where a member's file goes, below the directory: the recipe's own name is taken.
+std::string pathOf(const std::string& member)
+{
+    return member == recipeName ? std::string("_/") + recipeName : member;
+}
+
+/// Gives every member its path.
+void setPaths(Recipe& recipe)
+{
+    for (Recipe::File& file : recipe.files) {
+        file.path = pathOf(file.name);
+    }
+    for (Recipe::Driver& driver : recipe.drivers) {
+        for (Recipe::DriverFile& file : driver.files) {
+            file.path = pathOf(file.name);
+        }
+    }
+    for (Recipe::Member& member : recipe.members) {
+        member.path = member.name == recipe.bomName ? "" : pathOf(member.name);
+    }
+}
+
+bool isSame(const std::string& left, const std::string& right)
+{
+    std::ifstream first(left, std::ios::binary);
+    std::ifstream second(right, std::ios::binary);
+    return fs::file_size(left) == fs::file_size(right) &&
+           std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second));
+}
+
+void Explode::checkDirectory() const
+{
+    if (fs::exists(dir_) && !fs::is_directory(dir_)) {
+        throw CommandError(printable(dir_) + ": this is " + kindOf(dir_) + ", not a directory");
+    }
+    if (!isForced_ && fs::exists(dir_) && !fs::is_empty(dir_)) {
+        throw CommandError(printable(dir_) + ": the directory isn't empty; --force writes into it all the same");
+    }
+}
+
+Recipe Explode::recipe(const Container& container) const
+{
+    Recipe recipe = recipeOf(container);
+    if (!tellsAll(recipe, container)) {
+        Recipe verbatim;
+        verbatim.bomPath = verbatim.bomName = recipe.bomName;
+        for (const auto& member : container.archive->members()) {
+            verbatim.members.push_back({member.name, ""});
+        }
+        verbatim.comment = recipe.comment;
+        verbatim.hasDigest = recipe.hasDigest;
+        verbatim.modified = recipe.modified;
+        recipe = std::move(verbatim);
+    }
+    setPaths(recipe);
+    return recipe;
+}
+
+void Explode::extract(const Container& container, const Recipe& recipe) const
+{
+    for (const auto& member : container.archive->members()) {
+        if (member.name != recipe.bomName || !recipe.bomPath.empty()) {
+            container.archive->extract(member.name, member.name == recipeName ? dir_ + "/_" : dir_);
+        }
+    }
+}
+
+bool Explode::givesSameBytes() const
+{
+    const HHDFCTmpDirObject scratch("hwdef");
+    const std::string again = scratch.getDir() + "/" + fs::path(file_).filename().string();
+    cook(readRecipe(dir_ + "/" + recipeName), again, nullptr);
+    return isSame(file_, again);
+}
+
+ExitCode Explode::run(Output& output)
+{
+    const Container container = openContainer(file_);
+    checkDirectory();
+    fs::create_directories(dir_);
+    const Recipe recipe = this->recipe(container);
+    extract(container, recipe);
+    const std::string path = dir_ + "/" + recipeName;
+    if (!(std::ofstream(path, std::ios::binary) << recipeText(recipe)).flush()) {
+        throw CommandError(printable(path) + ": the recipe can't be written");
+    }
+    const bool isSameAgain = givesSameBytes();
+    if (!isSameAgain) {
+        tell("the recipe gives a container of the same members, but of other bytes: " + printable(file_) +
+             " was packed in another way");
+    }
+    if (output.isJson()) {
+        output.json().add("file", file_);
+        output.json().add("directory", dir_);
+        output.json().add("recipe", path);
+        output.json().add("members", std::uint64_t{container.archive->members().size()});
+        output.json().add("bomKept", !recipe.bomPath.empty());
+        output.json().add("sameBytes", isSameAgain);
+    }
+    output.line(printable(path) + ": recipe of " + counted(container.archive->members().size(), "member"));
+    return ExitCode::SOUND;
+}
+
+}  // namespace

@@ -1,0 +1,388 @@
+#include "RecipeFile.h"
+
+#include <rapidjson/document.h>
+#include <rapidjson/error/en.h>
+
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+#include "CommandError.h"
+#include "Json.h"
+#include "Text.h"
+
+namespace {
+
+using Value = rapidjson::Value;
+
+constexpr std::uint64_t recipeVersion = 1;
+
+void addUnlessEmpty(Json& json, const char* key, const std::string& text)
+{
+    if (!text.empty()) {
+        json.add(key, text);
+    }
+}
+
+void addTexts(Json& json, const char* key, const HHDFHwDef::Texts& texts)
+{
+    if (texts.empty()) {
+        return;
+    }
+    json.beginObject(key);
+    for (const auto& [name, value] : texts) {
+        json.add(name, value);
+    }
+    json.end();
+}
+
+void writeFiles(Json& json, const Recipe& recipe)
+{
+    json.beginArray("files");
+    for (const Recipe::File& file : recipe.files) {
+        json.beginObject();
+        json.add("path", file.path);
+        json.add("type", file.type);
+        addUnlessEmpty(json, "role", file.role);
+        addUnlessEmpty(json, "hierarchy", file.hierarchy);
+        addUnlessEmpty(json, "sourceDatabase", file.sourceDatabase);
+        addTexts(json, "attributes", file.attributes);
+        json.end();
+    }
+    json.end();
+}
+
+/// Members with the paths of their content, under a key of their own or as drivers' files.
+template <typename Members>
+void writeMembers(Json& json, const char* key, const Members& members)
+{
+    json.beginArray(key);
+    for (const auto& [name, path] : members) {
+        json.beginObject();
+        json.add("name", name);
+        addUnlessEmpty(json, "path", path);
+        json.end();
+    }
+    json.end();
+}
+
+void writeDrivers(Json& json, const Recipe& recipe)
+{
+    json.beginArray("drivers");
+    for (const Recipe::Driver& driver : recipe.drivers) {
+        json.beginObject();
+        json.add("name", driver.name);
+        writeMembers(json, "files", driver.files);
+        json.end();
+    }
+    json.end();
+}
+
+void writePartitions(Json& json, const PartitionFacts& facts)
+{
+    json.beginArray("partitions");
+    for (const auto& partition : facts.partitions) {
+        json.beginObject();
+        json.add("path", partition.path);
+        json.add("defaultModule", partition.defaultModule);
+        json.beginArray("files");
+        for (const auto& [module, file] : partition.files) {
+            json.beginObject();
+            json.add("module", module);
+            json.add("file", file);
+            json.end();
+        }
+        json.end();
+        json.end();
+    }
+    json.end();
+}
+
+void writeConfigurations(Json& json, const PartitionFacts& facts)
+{
+    json.beginArray("configurations");
+    for (const auto& configuration : facts.configurations) {
+        json.beginObject();
+        json.add("name", configuration.name);
+        json.add("active", configuration.isActive);
+        json.beginArray("cells");
+        for (const auto& cell : configuration.cells) {
+            json.beginObject();
+            json.add("path", cell.path);
+            addUnlessEmpty(json, "module", cell.module);
+            addUnlessEmpty(json, "file", cell.files.empty() ? "" : cell.files.front());
+            json.end();
+        }
+        json.end();
+        json.end();
+    }
+    json.end();
+}
+
+void writeDefinition(Json& json, const Recipe& recipe)
+{
+    json.beginObject("properties");
+    for (const auto& [key, value] : recipe.properties) {
+        json.add(key, value);
+    }
+    json.end();
+    addUnlessEmpty(json, "digest", recipe.digest);
+    if (recipe.dies) {
+        json.add("stacked", recipe.isStacked);
+        json.add("dies", std::int64_t{*recipe.dies});
+    }
+    addTexts(json, "attributes", recipe.attributes);
+    writeFiles(json, recipe);
+    writeDrivers(json, recipe);
+    writePartitions(json, recipe.partitions);
+    writeConfigurations(json, recipe.partitions);
+}
+
+/// One value of the document, and where it stands, for messages.
+class Node {
+public:
+    Node(const Value& value, std::string place) : value_(&value), place_(std::move(place)) {}
+
+    [[noreturn]] void refuse(const std::string& text) const { throw CommandError(place_ + ": " + text); }
+
+    bool has(const char* key) const { return object().HasMember(key); }
+
+    Node at(const char* key) const
+    {
+        const auto found = object().FindMember(key);
+        if (found == object().MemberEnd()) {
+            refuse(std::string("\"") + key + "\" is missing");
+        }
+        return {found->value, place_ + ": \"" + key + "\""};
+    }
+
+    std::string text() const
+    {
+        if (!value_->IsString()) {
+            refuse("a text is expected");
+        }
+        return {value_->GetString(), value_->GetStringLength()};
+    }
+
+    /// The text under the key, empty when there is none.
+    std::string text(const char* key) const { return has(key) ? at(key).text() : std::string(); }
+
+    bool flag(const char* key, bool otherwise) const
+    {
+        if (!has(key)) {
+            return otherwise;
+        }
+        const Node node = at(key);
+        if (!node.value_->IsBool()) {
+            node.refuse("true or false is expected");
+        }
+        return node.value_->GetBool();
+    }
+
+    std::int64_t number() const
+    {
+        if (!value_->IsInt64()) {
+            refuse("a whole number is expected");
+        }
+        return value_->GetInt64();
+    }
+
+    /// Calls `visit` with each element of the array under the key; with none when there is no such key.
+    template <typename Visit>
+    void each(const char* key, Visit visit) const
+    {
+        if (!has(key)) {
+            return;
+        }
+        const Node list = at(key);
+        if (!list.value_->IsArray()) {
+            list.refuse("an array is expected");
+        }
+        std::size_t index = 0;
+        for (const Value& element : list.value_->GetArray()) {
+            visit(Node(element, list.place_ + "[" + std::to_string(index++) + "]"));
+        }
+    }
+
+    /// The same for the members of the object under the key, which are texts.
+    template <typename Visit>
+    void eachText(const char* key, Visit visit) const
+    {
+        if (!has(key)) {
+            return;
+        }
+        const Node texts = at(key);
+        for (const auto& member : texts.object().GetObject()) {
+            const std::string name(member.name.GetString(), member.name.GetStringLength());
+            visit(name, Node(member.value, texts.place_ + ": \"" + printable(name) + "\"").text());
+        }
+    }
+
+private:
+    const Value& object() const
+    {
+        if (!value_->IsObject()) {
+            refuse("an object is expected");
+        }
+        return *value_;
+    }
+
+    const Value* value_;
+    std::string place_;
+};
+
+/// Reads the parts of a recipe whose paths count from one directory.
+class Reader {
+public:
+    explicit Reader(const std::filesystem::path& dir) : dir_(dir) {}
+
+    Recipe read(const Node& root) const
+    {
+        Recipe recipe;
+        root.eachText("properties",
+                      [&](const auto& key, const auto& value) { recipe.properties.emplace_back(key, value); });
+        recipe.digest = root.text("digest");
+        root.eachText("attributes", [&](const auto& key, const auto& value) { recipe.attributes[key] = value; });
+        root.each("files", [&](const Node& node) { recipe.files.push_back(file(node)); });
+        root.each("drivers", [&](const Node& node) { recipe.drivers.push_back(driver(node)); });
+        root.each("partitions", [&](const Node& node) { recipe.partitions.partitions.push_back(partition(node)); });
+        root.each("configurations",
+                  [&](const Node& node) { recipe.partitions.configurations.push_back(configuration(node)); });
+        recipe.isStacked = root.flag("stacked", false);
+        readDies(root, recipe);
+        readArchive(root, recipe);
+        return recipe;
+    }
+
+private:
+    std::string resolved(const std::string& path) const { return path.empty() ? path : (dir_ / path).string(); }
+
+    Recipe::File file(const Node& node) const
+    {
+        Recipe::File file;
+        file.path = resolved(node.at("path").text());
+        file.name = std::filesystem::path(file.path).filename().string();
+        file.type = node.at("type").text();
+        file.role = node.text("role");
+        file.hierarchy = node.text("hierarchy");
+        file.sourceDatabase = node.text("sourceDatabase");
+        node.eachText("attributes", [&](const auto& name, const auto& value) { file.attributes[name] = value; });
+        return file;
+    }
+
+    Recipe::Driver driver(const Node& node) const
+    {
+        Recipe::Driver driver = {node.at("name").text(), {}};
+        node.each("files", [&](const Node& one) {
+            driver.files.push_back({one.at("name").text(), resolved(one.text("path"))});
+        });
+        return driver;
+    }
+
+    static PartitionFacts::Partition partition(const Node& node)
+    {
+        PartitionFacts::Partition partition = {node.at("path").text(), node.text("defaultModule"), {}};
+        node.each("files", [&](const Node& one) {
+            partition.files.push_back({one.at("module").text(), one.text("file")});
+        });
+        return partition;
+    }
+
+    static PartitionFacts::Configuration configuration(const Node& node)
+    {
+        PartitionFacts::Configuration configuration = {node.at("name").text(), node.flag("active", false), {}};
+        node.each("cells", [&](const Node& one) {
+            PartitionFacts::Cell cell = {one.at("path").text(), one.text("module"), {}};
+            if (!cell.module.empty()) {
+                cell.files.push_back(one.text("file"));
+            }
+            configuration.cells.push_back(cell);
+        });
+        return configuration;
+    }
+
+    static void readDies(const Node& root, Recipe& recipe)
+    {
+        if (!root.has("dies")) {
+            return;
+        }
+        const std::int64_t dies = root.at("dies").number();
+        if (dies < -1 || dies > std::numeric_limits<int>::max()) {
+            root.at("dies").refuse("a number of dies, or -1, is expected");
+        }
+        recipe.dies = static_cast<int>(dies);
+    }
+
+    void readArchive(const Node& root, Recipe& recipe) const
+    {
+        recipe.bomPath = resolved(root.text("bom"));
+        recipe.bomName = recipe.bomPath.empty() ? "" : std::filesystem::path(recipe.bomPath).filename().string();
+        root.each("members", [&](const Node& node) {
+            recipe.members.push_back({node.at("name").text(), resolved(node.text("path"))});
+        });
+        recipe.comment = root.text("comment");
+        recipe.hasDigest = root.flag("archiveDigest", true);
+        if (root.has("modified")) {
+            recipe.modified = root.at("modified").number();
+        }
+    }
+
+    std::filesystem::path dir_;
+};
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    if (!file) {
+        throw CommandError(printable(path) + ": the recipe can't be read");
+    }
+    return content.str();
+}
+
+}  // namespace
+
+std::string recipeText(const Recipe& recipe)
+{
+    Json json;
+    json.beginObject();
+    json.add("recipe", recipeVersion);
+    if (recipe.bomPath.empty()) {
+        writeDefinition(json, recipe);
+    } else {
+        json.add("bom", recipe.bomPath);
+    }
+    if (!recipe.members.empty()) {
+        writeMembers(json, "members", recipe.members);
+    }
+    addUnlessEmpty(json, "comment", recipe.comment);
+    json.add("archiveDigest", recipe.hasDigest);
+    if (recipe.modified) {
+        json.add("modified", *recipe.modified);
+    }
+    json.end();
+    return json.text() + "\n";
+}
+
+Recipe readRecipe(const std::string& path)
+{
+    const std::string text = readFile(path);
+    rapidjson::Document document;
+    // Iterative, for nesting of any depth.
+    document.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(text.data(), text.size());
+    if (document.HasParseError()) {
+        throw CommandError(printable(path) + ": byte " + std::to_string(document.GetErrorOffset()) + ": " +
+                           rapidjson::GetParseError_En(document.GetParseError()));
+    }
+    const Node root(document, printable(path));
+    if (root.at("recipe").number() != static_cast<std::int64_t>(recipeVersion)) {
+        root.at("recipe").refuse("only recipes of version 1 are known");
+    }
+    Recipe recipe = Reader(std::filesystem::path(path).parent_path()).read(root);
+    if (recipe.bomName.empty()) {
+        nameBom(recipe);
+    }
+    return recipe;
+}

@@ -1,0 +1,87 @@
+#include "CommandError.h"
+#include "Edit.h"
+#include "Text.h"
+#include "Verb.h"
+
+namespace {
+
+class Remove : public Verb {
+public:
+    Remove()
+        : Verb(160, {"remove",
+                     "Remove members",
+                     "Removes members, and what the bill of materials lists under their names, from a container; all "
+                     "other members keep their bytes.",
+                     {{"hwdef remove design.hdf debug.ltx", "removes one member"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        arguments.operands("MEMBER", Kind::MEMBER, names_, "The name of a member or of a listed file", true);
+        defineLeave(arguments, leave_);
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    void change(Recipe& recipe) const;
+
+    std::string file_;
+    std::vector<std::string> names_;
+    EditLeave leave_;
+};
+
+const Registration<Remove> registration;
+
+/// Everything of a recipe that has the name; whether there was something.
+bool removeFrom(Recipe& recipe, const std::string& name)
+{
+    const auto isNamed = [&](const auto& one) { return one.name == name; };
+    std::size_t count = std::erase_if(recipe.files, isNamed) + std::erase_if(recipe.members, isNamed);
+    for (Recipe::Driver& driver : recipe.drivers) {
+        // A driver's file may be packed without the directory that it is listed with.
+        count += std::erase_if(driver.files,
+                               [&](const auto& one) { return isNamed(one) || one.name == "drivers/" + name; });
+    }
+    std::erase_if(recipe.drivers, [](const Recipe::Driver& driver) { return driver.files.empty(); });
+    return count != 0;
+}
+
+void Remove::change(Recipe& recipe) const
+{
+    for (const std::string& name : names_) {
+        if (name == recipe.bomName) {
+            throw CommandError("\"" + name + "\" is the bill of materials, and no container is without one");
+        }
+        std::vector<std::string> names;
+        for (const Recipe::Member& member : recipe.members.empty() ? membersOf(recipe) : recipe.members) {
+            names.push_back(member.name);
+        }
+        if (!removeFrom(recipe, name)) {
+            throw CommandError(printable(file_) + ": there is no member \"" + printable(name) + "\"" +
+                               didYouMean(name, names));
+        }
+    }
+    recipe.digest.clear();  // of the members as they were
+}
+
+ExitCode Remove::run(Output& output)
+{
+    editContainer(file_, leave_, [this](Recipe& recipe) { change(recipe); });
+    if (output.isJson()) {
+        output.json().add("file", file_);
+        output.json().beginArray("removed");
+        for (const std::string& name : names_) {
+            output.json().element(name);
+        }
+        output.json().end();
+    }
+    for (const std::string& name : names_) {
+        output.line(printable(file_) + ": removed " + printable(name));
+    }
+    return ExitCode::SOUND;
+}
+
+}  // namespace

@@ -1,0 +1,63 @@
+#include "Edit.h"
+#include "Text.h"
+#include "Verb.h"
+
+namespace {
+
+class Set : public Verb {
+public:
+    Set()
+        : Verb(140, {"set",
+                     "Set properties and attributes",
+                     "Sets properties of the design in a container; all members keep their bytes. Properties are "
+                     "part, arch, device, package, speed, board, mode, version, tool, top, used.lut, available.lut "
+                     "(and ff, bram, dsp), and attribute.NAME for a free attribute, which is taken away when its "
+                     "value is empty.",
+                     {{"hwdef set design.hdf board=evb-1 speed=-2", "sets two properties"},
+                      {"hwdef set design.hdf attribute.flow=", "takes the attribute flow away"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        arguments.operands("KEY=VALUE", Kind::PROPERTY, assignments_, "What to set", true);
+        defineLeave(arguments, leave_);
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    std::string file_;
+    std::vector<std::string> assignments_;
+    EditLeave leave_;
+};
+
+const Registration<Set> registration;
+
+ExitCode Set::run(Output& output)
+{
+    std::vector<Assignment> assignments;
+    for (const std::string& text : assignments_) {
+        assignments.push_back(parseAssignment(text));
+    }
+    editContainer(file_, leave_, [&](Recipe& recipe) {
+        for (const Assignment& assignment : assignments) {
+            setIn(recipe, assignment);
+        }
+    });
+    if (output.isJson()) {
+        output.json().add("file", file_);
+        output.json().beginObject("set");
+        for (const auto& [key, value] : assignments) {
+            output.json().add(key, value);
+        }
+        output.json().end();
+    }
+    for (const auto& [key, value] : assignments) {
+        output.line(printable(file_) + ": " + printable(key) + " is now \"" + printable(value) + "\"");
+    }
+    return ExitCode::SOUND;
+}
+
+}  // namespace

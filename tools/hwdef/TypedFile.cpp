@@ -1,0 +1,26 @@
+#include "TypedFile.h"
+
+#include <filesystem>
+
+#include "CommandError.h"
+#include "Text.h"
+
+namespace fs = std::filesystem;
+
+Recipe::File parseTypedFile(const std::string& text)
+{
+    const std::size_t colon = text.rfind(':');
+    if (colon == std::string::npos) {
+        throw CommandError("\"" + printable(text) + "\" has no type; a file is given as PATH:TYPE");
+    }
+    Recipe::File file;
+    file.path = text.substr(0, colon);
+    file.name = fs::path(file.path).filename().string();
+    file.type = HHDFHwDefFileTypes::getHWHFileTypeStr(typeOf(text.substr(colon + 1)));
+    if (!fs::is_regular_file(file.path)) {
+        throw CommandError(printable(file.path) + ": " +
+                           (fs::exists(file.path) ? "this is " + kindOf(file.path) + ", not a file to pack"
+                                                  : std::string("there is no such file")));
+    }
+    return file;
+}
