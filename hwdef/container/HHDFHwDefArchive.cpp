@@ -1,5 +1,6 @@
 #include "hwdef/container/HHDFHwDefArchive.h"
 
+#include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <chrono>
 #include <map>
@@ -10,6 +11,7 @@
 #include "platform/ArchiveDigest.h"
 #include "platform/HEXAll.h"
 #include "platform/HUTFile.h"
+#include "platform/ProgressWork.h"
 #include "platform/iostreams/ArchiveReader.h"
 #include "platform/iostreams/ArchiveWriter.h"
 #include "platform/iostreams/EndRecord.h"
@@ -81,6 +83,22 @@ void add(ArchiveWriter& archive, const std::string& path, const HHDFHwDefArchive
     }
 }
 
+/// Tells who watches how much there is to pack.
+void expectParts(const std::vector<HHDFHwDefArchive::Part>& parts, const HHDFHwDefArchive* present)
+{
+    if (!platform::ProgressWork::isWatched()) {
+        return;
+    }
+    for (const HHDFHwDefArchive::Part& part : parts) {
+        const auto* const member = present == nullptr ? nullptr : present->find(part.name);
+        boost::system::error_code error;
+        const std::uint64_t bytes = !part.file.empty()   ? boost::filesystem::file_size(part.file, error)
+                                    : member != nullptr ? member->packedBytes
+                                                        : 0;
+        platform::ProgressWork::expect(error ? 0 : bytes);
+    }
+}
+
 }  // namespace
 
 HHDFHwDefArchive::HHDFHwDefArchive(const std::string& path) : impl_(std::make_unique<Impl>(path)) {}
@@ -120,12 +138,17 @@ void HHDFHwDefArchive::extract(const std::string& name, const std::string& dir) 
     if (!HUTFile::ensureWritableDirectory(parent)) {
         throw HEXAll(parent + " is no directory that can be written to");
     }
+    const platform::ProgressWork work(impl_->reader_.path());
+    platform::ProgressWork::expect(entry.size);
     extractMember(impl_->reader_, entry, target, platform::ReplacementFile::Links::REPLACED);
 }
 
 void HHDFHwDefArchive::write(const std::string& path, const std::vector<Part>& parts,
                              const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest)
 {
+    // What is written is read once more for the archive's digest.
+    const platform::ProgressWork work(path, attachDigest ? 2 : 1);
+    expectParts(parts, present);
     ArchiveWriter archive(path);
     for (const Part& part : parts) {
         if (part.file.empty() && present == nullptr) {

@@ -9,7 +9,8 @@
 
 /// A container's archive as it lies on disk: its members, whatever its BOM says of them.
 ///
-/// Opening reads the directory and no content. For one thread at a time.
+/// Opening reads the directory and no content. For one thread at a time. Extracting and writing report
+/// their progress (platform/Progress.h); a cancelled call throws as a failing one does.
 class HWDEF_API HHDFHwDefArchive {
 public:
     /// What the archive's directory says of a member.

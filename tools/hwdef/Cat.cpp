@@ -30,6 +30,7 @@ public:
     }
 
     ExitCode run(Output& output) override;
+    bool isCancelled() const override { return false; }  // it writes no file
 
 private:
     std::string file_;

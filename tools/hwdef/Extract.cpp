@@ -6,7 +6,7 @@
 #include "Messages.h"
 #include "Text.h"
 #include "Verb.h"
-#include "platform/HEXAll.h"
+#include "platform/Progress.h"
 
 namespace {
 
@@ -97,6 +97,8 @@ ExitCode Extract::run(Output& output)
     for (const Member* member : members) {
         try {
             container.archive->extract(member->name, dir_);
+        } catch (const platform::Cancelled&) {
+            throw;
         } catch (const HEXAll& error) {
             tellError(printable(error.what()));
             continue;

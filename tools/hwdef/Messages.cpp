@@ -22,11 +22,18 @@ void writeError(Style style, const std::string& word, const std::string& text)
 
 void show(const ComMsg& message)
 {
-    const bool isWarning = message.mask == ComMsgMgr::WARNING;
-    const bool isNotice = message.mask == ComMsgMgr::NOTICE;
     const std::string id = message.id.empty() ? "" : " [" + message.id.substr(0, message.id.find('%')) + "]";
-    writeError(isWarning || isNotice ? Style::YELLOW : Style::RED,
-               isWarning ? "warning:" : isNotice ? "notice:" : "error:", printable(message.text) + id);
+    const std::string text = printable(message.text) + id;
+    switch (message.mask) {
+        case ComMsgMgr::FAILURE:
+            return writeError(Style::RED, "error:", text);
+        case ComMsgMgr::WARNING:
+            return writeError(Style::YELLOW, "warning:", text);
+        case ComMsgMgr::NOTICE:
+            return writeError(Style::YELLOW, "notice:", text);
+        default:
+            return writeError(Style::PLAIN, "", text);  // it doesn't say how grave it is
+    }
 }
 
 }  // namespace

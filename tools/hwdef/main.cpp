@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "CommandLine.h"
 #include "Help.h"
 #include "Messages.h"
+#include "ProgressLine.h"
 #include "platform/HUTEnv.h"
 
 namespace {
@@ -33,9 +35,18 @@ int runVerb(Verb& verb, std::vector<std::string> words)
     }
     showMessages(settings.quiet, coloursOf(settings));
     Output output(verb.text().name, settings.json, coloursOf(settings));
-    const ExitCode code = verb.run(output);
-    output.finish();
-    return static_cast<int>(code);
+    int code = 0;
+    {
+        std::optional<ProgressLine> progress;
+        if (verb.isCancelled()) {
+            progress.emplace(settings.quiet);
+        }
+        code = static_cast<int>(verb.run(output));
+    }
+    if (ProgressLine::signal() == 0) {
+        output.finish();
+    }
+    return code;
 }
 
 int runWords(std::vector<std::string> words)
@@ -62,16 +73,23 @@ int runWords(std::vector<std::string> words)
     return runVerb(*verb, std::move(words));
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int runReported(std::vector<std::string> words)
 {
     try {
-        return runWords({argv + std::min(argc, 1), argv + argc});
+        return runWords(std::move(words));
     } catch (const std::bad_alloc&) {
         tellError("there is not enough memory");
     } catch (const std::exception& error) {
         tellError(error.what());
     }
     return errorCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const int code = runReported({argv + std::min(argc, 1), argv + argc});
+    // As a shell tells of a process that a signal ended; dying of it would leave the scratch directory.
+    return ProgressLine::signal() == 0 ? code : 128 + ProgressLine::signal();
 }

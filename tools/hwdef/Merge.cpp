@@ -1,0 +1,300 @@
+#include <array>
+#include <map>
+
+#include "CommandError.h"
+#include "Container.h"
+#include "Messages.h"
+#include "Text.h"
+#include "Verb.h"
+#include "platform/iostreams/zip.h"
+
+namespace {
+
+class Merge : public Verb {
+public:
+    Merge()
+        : Verb(170, {"merge",
+                     "Merge containers",
+                     "Folds containers into a new one: properties from the first that names a part; files, drivers "
+                     "and attributes from all. Where names meet, the later container counts. The report tells what "
+                     "came from where, and what met. Files of one name and different bytes end a "
+                     "--dry-run with exit code 1; --strict then writes nothing and ends with it too.",
+                     {{"hwdef merge base.hdf overlay.hdf -o all.hdf", "merges two containers"},
+                      {"hwdef merge base.hdf overlay.hdf -o all.hdf --dry-run", "only tells what would meet"}}})
+    {
+    }
+
+    void define(Arguments& arguments) override
+    {
+        arguments.operands("FILE", Kind::CONTAINER, files_, "The containers, in order", true);
+        arguments.option("-o,--output", "OUT", Kind::FILE, output_, "The container to write");
+        arguments.flag("-n,--dry-run", isDryRun_, "Write nothing");
+        arguments.flag("--strict", isStrict_, "Refuse files of one name with different bytes");
+    }
+
+    ExitCode run(Output& output) override;
+
+private:
+    void write(const std::vector<Container>& containers) const;
+
+    std::vector<std::string> files_;
+    std::string output_;
+    bool isDryRun_ = false;
+    bool isStrict_ = false;
+};
+
+const Registration<Merge> registration;
+
+/// A name that more than one container brings.
+struct Meeting {
+    const char* kind;  ///< "file", "driver" or "attribute"
+    std::string name;
+    std::vector<std::string> containers;  ///< in order; the last one counts
+    bool isSame = true;                   ///< content, list of files, or value
+};
+
+/// What one container brings under a name: its own path, and a text that stands for the content.
+struct Brought {
+    const Container* container;
+    std::string value;
+};
+using BroughtByName = std::map<std::string, std::vector<Brought>>;
+
+class Content {
+public:
+    Content(const std::string& member, const std::string& file) : source_(member, file) {}
+
+    /// The next bytes, as many as there are up to a fixed number.
+    std::string_view next()
+    {
+        std::size_t size = 0;
+        while (size < buffer_.size()) {
+            const std::streamsize count =
+                source_.read(buffer_.data() + size, static_cast<std::streamsize>(buffer_.size() - size));
+            if (count < 0) {
+                break;
+            }
+            size += static_cast<std::size_t>(count);
+        }
+        return {buffer_.data(), size};
+    }
+
+private:
+    iostreams::device::file_source source_;
+    std::array<char, 64 * 1024> buffer_;
+};
+
+bool hasSameBytes(const std::string& name, const Container& left, const Container& right)
+{
+    const auto* const first = left.archive->find(name);
+    const auto* const second = right.archive->find(name);
+    if (first == nullptr || second == nullptr) {
+        return first == second;
+    }
+    if (first->sizeBytes != second->sizeBytes || first->crc != second->crc) {
+        return false;
+    }
+    // The same checksum is no proof of the same bytes.
+    Content content(name, left.path);
+    Content other(name, right.path);
+    for (;;) {
+        const std::string_view bytes = content.next();
+        if (bytes != other.next()) {
+            return false;
+        }
+        if (bytes.empty()) {
+            return true;
+        }
+    }
+}
+
+bool isSame(const char* kind, const std::string& name, const std::vector<Brought>& all)
+{
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        const bool isEqual = std::string_view(kind) == "file"
+                                 ? hasSameBytes(name, *all.front().container, *all[i].container)
+                                 : all.front().value == all[i].value;
+        if (!isEqual) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void addMeetings(const char* kind, const BroughtByName& brought, std::vector<Meeting>& meetings)
+{
+    for (const auto& [name, all] : brought) {
+        if (all.size() < 2) {
+            continue;
+        }
+        Meeting meeting = {kind, name, {}, isSame(kind, name, all)};
+        for (const Brought& one : all) {
+            meeting.containers.push_back(one.container->path);
+        }
+        meetings.push_back(meeting);
+    }
+}
+
+void bring(BroughtByName& brought, const std::string& name, const Container& container, const std::string& value)
+{
+    auto& all = brought[name];
+    if (all.empty() || all.back().container != &container) {
+        all.push_back({&container, value});
+    }
+}
+
+std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
+{
+    BroughtByName files;
+    BroughtByName drivers;
+    BroughtByName attributes;
+    for (const Container& container : containers) {
+        for (const HHDFHwDefFile* file : container.files()) {
+            bring(files, file->getFileName(), container, "");
+        }
+        for (const auto& [name, list] : container.definition->getDriverFilesMap()) {
+            std::string names;
+            for (const HHDFHwDefDriver& file : list) {
+                names += file.getRelativeName() + '\n';
+                bring(files, file.getRelativeName(), container, "");
+            }
+            bring(drivers, name, container, names);
+        }
+        HHDFHwDef::Texts texts;
+        container.definition->getWDIAttrs(texts);
+        for (const auto& [name, value] : texts) {
+            bring(attributes, name, container, value);
+        }
+    }
+    std::vector<Meeting> meetings;
+    addMeetings("file", files, meetings);
+    addMeetings("driver", drivers, meetings);
+    addMeetings("attribute", attributes, meetings);
+    return meetings;
+}
+
+/// The container that the properties come from.
+const Container& propertySource(const std::vector<Container>& containers)
+{
+    for (const Container& container : containers) {
+        if (!container.definition->getPart().empty()) {
+            return container;
+        }
+    }
+    return containers.front();
+}
+
+void Merge::write(const std::vector<Container>& containers) const
+{
+    std::vector<HHDFHwDef*> definitions;
+    for (const Container& container : containers) {
+        definitions.push_back(container.definition.get());
+    }
+    const auto merged = HHDFHwDefUtils::getMrgdHDF(definitions, output_);
+    if (merged == nullptr || !merged->write(true)) {
+        throw CommandError(printable(output_) + ": the merged container can't be written");
+    }
+}
+
+/// The library leaves out what it can't add, and says so; here that is an error.
+void checkWritten(const std::vector<Container>& containers, const std::string& path)
+{
+    const HHDFHwDefArchive written(path);
+    for (const Container& container : containers) {
+        for (const HHDFHwDefFile* file : container.files()) {
+            const std::string name = file->getFileName();
+            if (container.archive->find(name) != nullptr && written.find(name) == nullptr) {
+                throw CommandError(printable(path) + ": member \"" + printable(name) + "\" could not be taken over");
+            }
+        }
+    }
+}
+
+void showContainers(const std::vector<Container>& containers, Output& output)
+{
+    output.line("properties from " + printable(propertySource(containers).path));
+    Table table("lrr");
+    for (const Container& container : containers) {
+        table.row({printable(container.path), counted(container.files().size(), "file"),
+                   counted(container.definition->getDriverFilesMap().size(), "driver")});
+    }
+    output.lines(table.lines());
+}
+
+void showMeetings(const std::vector<Meeting>& meetings, Output& output)
+{
+    Table table("llll");
+    for (const Meeting& meeting : meetings) {
+        table.row({meeting.kind, printable(meeting.name),
+                   meeting.isSame ? output.paint(Style::DIM, "the same") : output.paint(Style::YELLOW, "different"),
+                   "from " + printable(meeting.containers.back())});
+    }
+    output.lines(table.lines(2));
+}
+
+void writeReport(const std::vector<Container>& containers, const std::vector<Meeting>& meetings, Json& json)
+{
+    json.add("propertiesFrom", propertySource(containers).path);
+    json.beginArray("inputs");
+    for (const Container& container : containers) {
+        json.beginObject();
+        json.add("file", container.path);
+        json.add("files", std::uint64_t{container.files().size()});
+        json.add("drivers", std::uint64_t{container.definition->getDriverFilesMap().size()});
+        json.end();
+    }
+    json.end();
+    json.beginArray("meetings");
+    for (const Meeting& meeting : meetings) {
+        json.beginObject();
+        json.add("kind", meeting.kind);
+        json.add("name", meeting.name);
+        json.add("same", meeting.isSame);
+        json.add("from", meeting.containers.back());
+        json.end();
+    }
+    json.end();
+}
+
+bool haveConflict(const std::vector<Meeting>& meetings)
+{
+    for (const Meeting& meeting : meetings) {
+        if (!meeting.isSame && std::string_view(meeting.kind) == "file") {
+            return true;
+        }
+    }
+    return false;
+}
+
+ExitCode Merge::run(Output& output)
+{
+    if (output_.empty() && !isDryRun_) {
+        throw CommandError("merge: the container to write is missing: -o OUT");
+    }
+    std::vector<Container> containers;
+    for (const std::string& file : files_) {
+        containers.push_back(openContainer(file));
+    }
+    const auto meetings = meetingsOf(containers);
+    const bool isRefused = isStrict_ && haveConflict(meetings);
+    const bool isWritten = !isDryRun_ && !isRefused;
+    if (isWritten) {
+        write(containers);
+        checkWritten(containers, output_);
+    }
+    if (output.isJson()) {
+        output.json().add("output", output_);
+        output.json().add("written", isWritten);
+        writeReport(containers, meetings, output.json());
+    } else {
+        showContainers(containers, output);
+        showMeetings(meetings, output);
+        output.line(isWritten ? "written to " + printable(output_) : "nothing was written");
+    }
+    if (isRefused) {
+        tell("files of one name carry different bytes, which --strict refuses");
+    }
+    return isRefused || (isDryRun_ && haveConflict(meetings)) ? ExitCode::FINDINGS : ExitCode::SOUND;
+}
+
+}  // namespace

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <memory>
+
+/// While it lives, long calls of the library can be followed and ended: on a terminal, a line on standard
+/// error tells how far a call has come once it takes longer than a second, with rate and time left; and an
+/// interrupt (Ctrl-C) or a request to end (SIGTERM) cancels the call, so that no temporary file stays.
+class ProgressLine {
+public:
+    /// With `isQuiet` there is no line.
+    explicit ProgressLine(bool isQuiet);
+    /// Takes the line away.
+    ~ProgressLine();
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    /// The signal that came, 0 for none.
+    static int signal();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
