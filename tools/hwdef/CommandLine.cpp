@@ -153,7 +153,8 @@ void parseWords(const Verb& verb, const Arguments& arguments, const Settings& se
         }
         throw usageError(verb, printable(error.what()));
     }
-    const std::vector<std::string> left = app.remaining();
+    std::vector<std::string> left = app.remaining();
+    std::erase(left, "--");  // the mark that only operands follow is told as well
     if (!left.empty() && !settings.help) {
         throw unexpected(verb, arguments, left.front());
     }
