@@ -1,6 +1,6 @@
 #pragma once
 
-/// Everything of the hardware definition library.
+/// Everything of the hardware definition library, with the managers of messages and parameters.
 
 #include "hwdef/bom/HHDFHwDefBomReader.h"
 #include "hwdef/bom/HHDFHwDefBomWriter.h"
@@ -20,3 +20,5 @@
 #include "hwdef/swparam/SWParamReader.h"
 #include "hwdef/swparam/SWParamWriter.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
+#include "platform/ComMsgMgr.h"
+#include "platform/HPAParamMgr.h"

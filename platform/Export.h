@@ -6,3 +6,6 @@
 #else
 #define HWDEF_API __attribute__((visibility("default")))
 #endif
+
+/// Hides again what belongs to an exported class and is nobody's interface.
+#define HWDEF_LOCAL __attribute__((visibility("hidden")))

@@ -25,6 +25,6 @@ public:
     void close();
 
 private:
-    class Buffer;
+    class HWDEF_LOCAL Buffer;
     std::unique_ptr<Buffer> buffer_;
 };

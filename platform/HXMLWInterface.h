@@ -62,6 +62,6 @@ public:
     Size size() const;
 
 private:
-    class Document;
+    class HWDEF_LOCAL Document;
     std::unique_ptr<Document> document_;
 };

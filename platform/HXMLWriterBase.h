@@ -36,6 +36,6 @@ public:
     void closeDoc();
 
 private:
-    class Document;
+    class HWDEF_LOCAL Document;
     std::unique_ptr<Document> document_;
 };

@@ -17,5 +17,6 @@
 #include "platform/HXMLWElement.h"
 #include "platform/HXMLWInterface.h"
 #include "platform/HXMLWriterBase.h"
+#include "platform/Limits.h"
 #include "platform/Progress.h"
 #include "platform/iostreams/zip.h"

@@ -95,17 +95,17 @@ public:
     bool populateJumpers(HXMLWElement* element);
 
 private:
-    void readRootChild(HXMLWElement* child, const std::string& driverPath);
-    bool populateToolVersion(HXMLWElement* element);
-    bool populateUsedResources(HXMLWElement* element);
-    HHDFHwDef::FileType fileTypeOf(std::string_view token);
+    HWDEF_LOCAL void readRootChild(HXMLWElement* child, const std::string& driverPath);
+    HWDEF_LOCAL bool populateToolVersion(HXMLWElement* element);
+    HWDEF_LOCAL bool populateUsedResources(HXMLWElement* element);
+    HWDEF_LOCAL HHDFHwDef::FileType fileTypeOf(std::string_view token);
     /// Appends the entry of a File element.
-    void addEntry(HHDFHwDefImp& imp, std::string_view name, HHDFHwDef::FileType type,
-                  const HXMLWElement* element);
+    HWDEF_LOCAL void addEntry(HHDFHwDefImp& imp, std::string_view name, HHDFHwDef::FileType type,
+                              const HXMLWElement* element);
     /// A File of the type DRIVER_SRC; see populateFiles.
-    bool populateDriverSource(const std::string& name);
+    HWDEF_LOCAL bool populateDriverSource(const std::string& name);
     /// The walk of populateDriverFiles; throws boost::filesystem::filesystem_error.
-    void registerDriverFiles(const std::string& path);
+    HWDEF_LOCAL void registerDriverFiles(const std::string& path);
 
     HHDFHwDef* def_;
     HXMLWElement* root_;

@@ -29,7 +29,7 @@ public:
     void close();
 
 private:
-    void closeWithoutThrowing() noexcept;
+    HWDEF_LOCAL void closeWithoutThrowing() noexcept;
 
     std::string dir_;
 };

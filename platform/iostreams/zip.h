@@ -48,7 +48,7 @@ public:
     void close();
 
 private:
-    class Impl;
+    class HWDEF_LOCAL Impl;
     std::shared_ptr<Impl> impl_;
 };
 
@@ -77,7 +77,7 @@ public:
     void close();
 
 private:
-    class Impl;
+    class HWDEF_LOCAL Impl;
     std::shared_ptr<Impl> impl_;
 };
 
@@ -96,7 +96,7 @@ public:
     void close();
 
 private:
-    class Buffer;
+    class HWDEF_LOCAL Buffer;
     std::unique_ptr<Buffer> buffer_;
 };
 
