@@ -18,10 +18,18 @@ add_library(hwdef SHARED)
 add_library(hwdef::hwdef ALIAS hwdef)
 set_target_properties(hwdef PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
-target_include_directories(hwdef PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+include(cmake/PublicHeaders.cmake)
+target_sources(hwdef PUBLIC
+  FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${HWDEF_PUBLIC_HEADERS})
 target_link_libraries(hwdef
   PUBLIC Boost::headers
   PRIVATE hwdef_objects hwdef_options ${HWDEF_LINKED})
+
+# Visibility hides our own classes; the export list also hides the templates of std and Boost that the
+# compiler instantiates with them.
+set(HWDEF_EXPORT_LIST ${PROJECT_SOURCE_DIR}/cmake/hwdef.map)
+target_link_options(hwdef PRIVATE LINKER:--version-script=${HWDEF_EXPORT_LIST})
+set_property(TARGET hwdef APPEND PROPERTY LINK_DEPENDS ${HWDEF_EXPORT_LIST})
 
 add_library(hwdef_static STATIC EXCLUDE_FROM_ALL)
 target_compile_definitions(hwdef_static PUBLIC HWDEF_STATIC)
