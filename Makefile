@@ -5,11 +5,13 @@ JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 LOG := build/$(PRESET).configure.log
 SECONDS ?= 60
+PREFIX ?= /usr/local
 BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug bench bench-smoke bench-build packages configure clean
+.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install bench bench-smoke \
+    bench-build packages configure clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z][a-z-]*\):.*## /\1|/p' $(MAKEFILE_LIST) | while IFS='|' read -r name what; do \
@@ -59,6 +61,9 @@ build: configure ## Build the library, the examples and the tests (PRESET=releas
 
 debug: ## Build all without optimisation
 	@$(MAKE) --no-print-directory build PRESET=debug
+
+install: build ## Install library, headers and command below PREFIX=/usr/local (DESTDIR= for packagers)
+	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --prefix $(PREFIX)
 
 bench: bench-build ## Measure everything against other tools and write docs/performance.md (half an hour)
 	@$(BENCH_RUN) --results $(BENCH)/results.json

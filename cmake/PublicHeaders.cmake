@@ -1,37 +1,10 @@
-# What a caller may include: all that hwdef/hwdef.h and platform/platform.h lead to. Nothing else is
-# installed. No header of hwdef/ leads to one of another library.
-set(HWDEF_PUBLIC_HEADERS
-  hwdef/hwdef.h
-  hwdef/bom/HHDFHwDefBomReader.h
-  hwdef/bom/HHDFHwDefBomWriter.h
-  hwdef/container/HHDFCTmpDirObject.h
-  hwdef/model/HHDFHwDef.h
-  hwdef/model/HHDFHwDefBoard.h
-  hwdef/model/HHDFHwDefConfig.h
-  hwdef/model/HHDFHwDefDriver.h
-  hwdef/model/HHDFHwDefFile.h
-  hwdef/model/HHDFHwDefFileTypes.h
-  hwdef/model/HHDFHwDefPartitionCell.h
-  hwdef/model/HHDFHwDefPartitionInfo.h
-  hwdef/swparam/SWParamReader.h
-  hwdef/swparam/SWParamWriter.h
-  hwdef/utils/HHDFHwDefUtils.h
-  platform/platform.h
-  platform/ComMsgMgr.h
-  platform/Export.h
-  platform/HCRapidJsonReadWriteUtils.h
-  platform/HEXAll.h
-  platform/HPAParamMgr.h
-  platform/HSTStringUtils.h
-  platform/HUTCoreContainer.h
-  platform/HUTEnv.h
-  platform/HUTFile.h
-  platform/HUTFileUtils.h
-  platform/HUTFileWriteStream.h
-  platform/HUTPathUtils.h
-  platform/HUTZip.h
-  platform/HXMLWElement.h
-  platform/HXMLWInterface.h
-  platform/HXMLWriterBase.h
-  platform/Limits.h
-  platform/iostreams/zip.h)
+# What a caller may include, and all that is installed: the headers that declare something exported,
+# and those that gather them. No header of hwdef/ leads to one of another library.
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/hwdef/*.h ${PROJECT_SOURCE_DIR}/platform/*.h)
+set(HWDEF_PUBLIC_HEADERS ${PROJECT_SOURCE_DIR}/hwdef/hwdef.h ${PROJECT_SOURCE_DIR}/platform/platform.h)
+foreach(header IN LISTS headers)
+  file(STRINGS ${header} exported REGEX "HWDEF_API" LIMIT_COUNT 1)
+  if(exported)
+    list(APPEND HWDEF_PUBLIC_HEADERS ${header})
+  endif()
+endforeach()
