@@ -5,12 +5,13 @@ JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 LOG := build/$(PRESET).configure.log
 SECONDS ?= 60
+VERSION := $(shell sed -n 's/.*hwdef VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 PREFIX ?= /usr/local
 BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install bench bench-smoke \
+.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install abi abi-record bench bench-smoke \
     bench-build packages configure clean
 
 help: ## List the targets
@@ -64,6 +65,14 @@ debug: ## Build all without optimisation
 
 install: build ## Install library, headers and command below PREFIX=/usr/local (DESTDIR= for packagers)
 	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --prefix $(PREFIX)
+
+abi: configure ## Compare the exported interface with the recorded one
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target hwdef >/dev/null
+	@sh packaging/abi.sh $(VERSION) $(BUILD)/libhwdef.so.$(firstword $(subst ., ,$(VERSION)))
+
+abi-record: configure ## Record the exported interface as it is now
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target hwdef >/dev/null
+	@sh packaging/abi.sh $(VERSION) $(BUILD)/libhwdef.so.$(firstword $(subst ., ,$(VERSION))) record
 
 bench: bench-build ## Measure everything against other tools and write docs/performance.md (half an hour)
 	@$(BENCH_RUN) --results $(BENCH)/results.json

@@ -5,6 +5,7 @@ set -eu
 kind=$1
 build=$(cd "$2" && pwd)
 here=$(cd "$(dirname "$0")" && pwd)
+source=$(cd "$here/../.." && pwd)
 work=$(mktemp -d "${TMPDIR:-/tmp}/hwdef-consumer.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
@@ -41,7 +42,7 @@ with_pkg_config() {
 
 case $kind in
 find_package) with_cmake find_package -DCMAKE_PREFIX_PATH="$prefix" ;;
-add_subdirectory) with_cmake add_subdirectory -DHWDEF_SOURCE="$here/../.." \
+add_subdirectory) with_cmake add_subdirectory -DHWDEF_SOURCE="$source" \
     -DCMAKE_BUILD_TYPE="$(cached CMAKE_BUILD_TYPE)" -DHWDEF_WERROR="$(cached HWDEF_WERROR)" ;;
 pkg_config) with_pkg_config "$prefix" ;;
 relocated) mv "$prefix" "$work/moved" && with_pkg_config "$work/moved" ;;
