@@ -11,7 +11,7 @@ BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install abi abi-record bench bench-smoke \
+.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install deb abi abi-record bench bench-smoke \
     bench-build packages configure clean
 
 help: ## List the targets
@@ -65,6 +65,11 @@ debug: ## Build all without optimisation
 
 install: build ## Install library, headers and command below PREFIX=/usr/local (DESTDIR= for packagers)
 	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --prefix $(PREFIX)
+
+deb: packages ## Build the Debian packages into build/deb/debs
+	-@sh packaging/install-packages.sh packaging/deb-packages.txt
+	@sh packaging/make-debs.sh build/deb
+	@! command -v lintian >/dev/null || lintian --fail-on error build/deb/debs/*.deb
 
 abi: configure ## Compare the exported interface with the recorded one
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target hwdef >/dev/null
