@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <isa-l/igzip_lib.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
+#include "support/MeasuredChild.h"
 #include "support/TempDir.h"
 
 using iostreams::zip::Deflater;
@@ -86,6 +89,22 @@ TEST(Deflater, givesTheSameBytesAfterAnyOtherStream)
     used.feed("a stream that is left before its end", false);
     used.drain();
     EXPECT_EQ(deflated(used, text, 65536), expected);
+}
+
+TEST(Deflater, givesTheSameBytesWhateverItsMemoryHeldBefore)
+{
+    if (support::isSanitized()) {
+        GTEST_SKIP() << "the sanitizer's allocator fills memory as it likes";
+    }
+    const std::string content = support::textBytes(300000, 6) + support::randomBytes(100000, 7);
+    std::vector<std::string> streams;
+    for (const int filling : {0x55, 0xaa, 0xff}) {
+        ::mallopt(M_PERTURB, filling);
+        Deflater deflater;
+        streams.push_back(deflated(deflater, content, 70000));
+    }
+    ::mallopt(M_PERTURB, 0);
+    EXPECT_TRUE(streams[0] == streams[1] && streams[1] == streams[2]);
 }
 
 TEST(Deflater, triesWithoutKeepingTheResult)
