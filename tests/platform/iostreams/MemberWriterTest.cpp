@@ -46,6 +46,16 @@ protected:
     std::string reason_;
 };
 
+/// Says of each file that it is empty, as the files of /proc do.
+struct SizelessCalls : FailingSystemCalls {
+    int fstat(int file, struct stat* status) override
+    {
+        const int result = FailingSystemCalls::fstat(file, status);
+        status->st_size = 0;
+        return result;
+    }
+};
+
 /// Makes a file shorter just before the nth read.
 struct TruncatingCalls : platform::SystemCalls {
     TruncatingCalls(std::string path, int nth, off_t size)
@@ -197,4 +207,17 @@ TEST_F(MemberWriter, readsFilesThatDoNotTellTheirSize)
     ASSERT_TRUE(writer.addFile("/proc/self/comm", "comm", reason_)) << reason_;
     writer.commit(false);
     EXPECT_EQ(support::memberOf(path_, "comm"), support::readFile("/proc/self/comm"));
+}
+
+TEST_F(MemberWriter, takesAFileThatSaysItIsEmptyUpToOneChunk)
+{
+    Writer writer(path_);
+    {
+        SizelessCalls calls;
+        EXPECT_TRUE(add(writer, "small", std::string(CHUNK - 1, 'x'))) << reason_;
+        EXPECT_FALSE(add(writer, "large", std::string(CHUNK, 'x')));
+    }
+    EXPECT_EQ(reason_, dir_ / "source" + ": its size is given as 0, yet it holds 262144 bytes or more");
+    writer.commit(false);
+    EXPECT_EQ(support::namesIn(path_), "small");
 }
