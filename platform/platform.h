@@ -17,6 +17,7 @@
 #include "platform/HXMLWElement.h"
 #include "platform/HXMLWInterface.h"
 #include "platform/HXMLWriterBase.h"
+#include "platform/JsonWriter.h"
 #include "platform/Limits.h"
 #include "platform/Progress.h"
 #include "platform/iostreams/zip.h"
