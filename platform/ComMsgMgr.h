@@ -22,6 +22,7 @@ struct ComMsg {
 /// on another thread when setHandler returns. What a handler throws is dropped.
 class HWDEF_API ComMsgMgr {
 public:
+    /// Receives each message.
     using Handler = std::function<void(const ComMsg&)>;
 
     static constexpr unsigned FAILURE = 0x20000000;  ///< the operation returns false

@@ -15,6 +15,7 @@ class HWDEF_API HCRapidJsonReadWriteUtils {
 public:
     HCRapidJsonReadWriteUtils() = delete;
 
+    /// What a document takes its memory from.
     using Allocator = rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>;
 
     /// Reports a file that isn't valid JSON: one message by ComMsgMgr::sendMessage that names the

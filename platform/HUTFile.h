@@ -19,6 +19,7 @@ public:
         COPY_OVERWRITE = 3,      ///< an existing file is replaced when the copy is whole
     };
 
+    /// Nothing is looked up, and nothing is made.
     explicit HUTFile(std::string path);
 
     /// True when something exists at the path (links followed). False for an empty path.
@@ -46,8 +47,10 @@ public:
     bool getExt(std::string& extension) const;
 
     /// The path as passed, and its last component without a copy; both live as long as this object.
+    /// @{
     const std::string& path() const { return path_; }
     std::string_view name() const;
+    /// @}
 
     /// The separator between the components of a path, "/".
     static std::string getDirSeparator();

@@ -15,6 +15,7 @@
 /// has no way to report; who needs to know calls close().
 class HWDEF_API HUTFileWriteStream : public std::ostream {
 public:
+    /// Opens the file; is_open tells whether that was possible.
     explicit HUTFileWriteStream(const std::string& path, std::ios_base::openmode mode = std::ios_base::out);
     ~HUTFileWriteStream() override;
 

@@ -26,7 +26,7 @@ public:
 
     /// What a parsed document holds; all zeros without one.
     struct Size {
-        std::uint64_t elements = 0;
+        std::uint64_t elements = 0;           ///< the root included
         std::uint64_t bytes = 0;              ///< of memory that the document takes, its text included
         std::uint64_t valueBytes = 0;         ///< of all attributes' values
         std::uint64_t longestValueBytes = 0;  ///< of one attribute

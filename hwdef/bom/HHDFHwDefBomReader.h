@@ -18,6 +18,7 @@ class HXMLWElement;
 /// can't be had counts as empty everywhere but at the root. Linear in the elements.
 class HWDEF_API HHDFHwDefBomReader {
 public:
+    /// Either may be null; readHDF then answers false.
     HHDFHwDefBomReader(HHDFHwDef* def, HXMLWElement* root);
 
     /// Reads the whole document. False when definition, root or the root's child list is missing
@@ -70,6 +71,7 @@ public:
     /// reason was sent when the walk fails (`path` is a file or unreadable): what was found until then
     /// stays registered.
     bool populateDriverFiles(const std::string& path);
+    /// The free attributes, one per child element.
     bool populateWDIAttrs(HXMLWElement* element);
     /// The partitions. Names of a module's files are not read: "bitFile" stands for them.
     bool populatePartitionInfo(HXMLWElement* element);

@@ -27,15 +27,21 @@ class HHDFHwDefImp;
 /// it does, unless removeFileFromBom hands one back.
 class HWDEF_API HHDFHwDef {
 public:
+    /// Short names of the types that many operations take.
+    /// @{
     using FileType = HHDFHwDefFileTypes::HWHFileType;
     using BDType = HHDFHwDefFileTypes::HWHBDType;
     using ModeType = HHDFHwDefFileTypes::HWHModeType;
     using Texts = std::map<std::string, std::string>;
+    /// @}
 
     /// Resource counts as text. The first four are stored in the BOM; the others are carried along.
     struct HHDFResourceInfo {
-        std::string lut, ff, bram, dsp;
-        std::array<std::string, 6> extra;
+        std::string lut;                   ///< look-up tables
+        std::string ff;                    ///< flip-flops
+        std::string bram;                  ///< block RAMs
+        std::string dsp;                   ///< arithmetic blocks
+        std::array<std::string, 6> extra;  ///< counts that no BOM stores
     };
 
     /// A definition for the container at `path`, which need not exist; nothing is read. Its scratch
@@ -46,8 +52,11 @@ public:
     HHDFHwDef(const HHDFHwDef&) = delete;
     HHDFHwDef& operator=(const HHDFHwDef&) = delete;
 
-    // --- Properties. A setter takes the empty text too, and is false only without implementation.
+    // --- Properties.
 
+    /// A property as text: tools, target device and design. Empty until set, and without implementation.
+    /// A setter takes the empty text too, and is false only without implementation.
+    /// @{
     const std::string& getToolVersion() const;
     bool setToolVersion(const std::string& version);
     const std::string& getBoard() const;
@@ -66,25 +75,33 @@ public:
     bool setBaseBoard(const std::string& name);
     const std::string& getHierTopModuleName() const;
     void setHierTopModuleName(const std::string& name);
+    /// @}
 
     /// Version of the definition; a new one is 1.7. All bits set without implementation.
+    /// @{
     const std::uint32_t& getMajorVersion() const;
     bool setMajorVersion(std::uint32_t version);
     const std::uint32_t& getMinorVersion() const;
     bool setMinorVersion(std::uint32_t version);
+    /// @}
 
     /// Whether the device is a stacked one, and its number of dies (-1 when never set).
+    /// @{
     bool isTIER() const;
     bool setTIER(bool tier);
     int getSLRNo() const;
     bool setSLRNo(int count);
+    /// @}
 
+    /// Whether the board is integrated, and the directories below which files of boards and drivers lie.
+    /// @{
     bool isIntegratedBoard() const;
     bool setIntegratedBoard(bool integrated);
     std::string getBoardTopDir() const;
     void setBoardTopDir(const std::string& dir);
     std::string getDriversTopDir() const;
     void setDriversTopDir(const std::string& dir);
+    /// @}
 
     /// MODE_UNSET until set, and without implementation.
     ModeType getModeType() const;
@@ -94,21 +111,30 @@ public:
     /// "Pre-Synthesis", "Post-Synthesis" or the empty text.
     std::string getModeName() const;
 
+    /// What the design uses, and what the device offers.
+    /// @{
     const HHDFResourceInfo& getUsedResourceInfo() const;
     void setUsedResourceInfo(const HHDFResourceInfo& info);
     const HHDFResourceInfo& getSystemResourceInfo() const;
     void setSystemResourceInfo(const HHDFResourceInfo& info);
+    /// @}
 
+    /// The connector of each daughter board, by the board's name.
+    /// @{
     const Texts& getBoardConnections() const;
     bool setBoardConnections(const Texts& connections);
+    /// @}
     /// Records a connection unless `from` has one already.
     bool addBoardConnections(std::string from, std::string to);
 
     /// Jumper names and whether they are set, in the order added; a name may appear more than once.
+    /// updateJumpers adds one.
+    /// @{
     const std::vector<std::pair<std::string, bool>>& getJumpers() const;
     bool getJumpers(std::vector<std::pair<std::string, bool>>& jumpers) const;
     bool setJumpers(const std::vector<std::pair<std::string, bool>>& jumpers);
     void updateJumpers(std::string name, bool value);
+    /// @}
 
     /// Free attributes of the whole definition. The copying getter leaves `attrs` alone without
     /// implementation.
@@ -121,10 +147,12 @@ public:
     /// Each of these appends an entry; nothing is checked for duplicates. False for an empty path or
     /// a null entry. `hwDefPath` is the container that holds the file as a member; empty for a file
     /// on disk.
+    /// @{
     bool addFileToBom(const std::string& path, const FileType& type, std::string hwDefPath = {});
     bool addFileToBom(const std::string& path, const FileType& type, const std::string& hierPath,
                       const BDType& bdType, std::string hwDefPath = {});
     bool addFileToBom(const std::string& path, std::string hwDefPath = {});
+    /// @}
     /// Appends a copy; the caller keeps `file`.
     bool addFileToBom(const HHDFHwDefFile* file);
     /// Takes a listed entry off the list; it now belongs to the caller. False for null. The order of
@@ -135,10 +163,12 @@ public:
     HHDFHwDefFile* getBomFile(std::string& name) const;
     /// The same lookups by exact file name: is there one, and hierarchy path, type token and container
     /// path of the first one (empty when there is none).
+    /// @{
     bool isBomFileExistsWithName(const std::string& name) const;
     const std::string& getBomFileHierarchy(const std::string& name) const;
     std::string getBomFileType(const std::string& name) const;
     std::string getBomFileHwDefPath(const std::string& name) const;
+    /// @}
     /// The name of the first file whose hierarchy path ends in the component `cell`; empty when none
     /// does. Walks the list.
     void getBomFileForHierarchy(const std::string& cell, std::string& fileName) const;
@@ -154,13 +184,17 @@ public:
     /// Each of these appends to the vector and returns its size. The first gives all file names, the
     /// second the canonical paths of the files of a type, the third the unzip directory, "/" and the
     /// name (or just the name) of the files of a role.
+    /// @{
     std::size_t getBomFiles(std::vector<std::string>& names) const;
     std::size_t getBomFiles(FileType type, std::vector<std::string>& paths) const;
     std::size_t getBomFiles(BDType type, std::vector<std::string>& paths) const;
+    /// @}
     /// The entries themselves: all, those of a type (all for UNKNOWN), those of a role.
+    /// @{
     std::size_t getBomFiles(std::vector<HHDFHwDefFile*>& files) const;
     std::size_t getBomFiles(FileType type, std::vector<HHDFHwDefFile*>& files) const;
     std::size_t getBomFiles(BDType type, std::vector<HHDFHwDefFile*>& files) const;
+    /// @}
 
     /// Whether the version is 1.4 or a later minor one with a major version of at least 1.
     bool doesHwdefHaveCDO() const;
@@ -214,16 +248,20 @@ public:
     void addPartitionCell(const std::string& configName, const std::string& instPath,
                           const std::string& rmName, const std::string& file, bool isActive);
     /// Instance path to partition, and name to configuration; the objects belong to the definition.
+    /// @{
     const std::map<std::string, HHDFHwDefPartitionInfo*>& getPartitionInfo() const;
     const std::map<std::string, HHDFHwDefConfig*>& getPartitionConfigs() const;
+    /// @}
     /// Writes partitions and configurations to standard output.
     void printPartitionInfo() const;
 
     // --- Digests.
 
     /// The overall digest as stored in the BOM.
+    /// @{
     std::string getDigest() const;
     bool setDigest(std::string& digest);
+    /// @}
     /// Sets the stored digest of one member.
     void addDigestForFile(std::string name, std::string digest);
     /// Replaces all stored digests.

@@ -9,6 +9,7 @@ class HWDEF_API HHDFHwDefBoard {
 public:
     /// A record of three empty texts.
     HHDFHwDefBoard() = default;
+    /// A record of these texts.
     HHDFHwDefBoard(const std::string& filePath, const std::string& relativeName,
                     const std::string& hwDefFilePath);
 

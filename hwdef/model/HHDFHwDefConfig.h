@@ -12,6 +12,7 @@
 /// One named configuration: a module or a gray box for every reconfigurable cell.
 class HWDEF_API HHDFHwDefConfig {
 public:
+    /// A configuration without cells.
     HHDFHwDefConfig(const std::string& name, bool isActive);
     ~HHDFHwDefConfig();
     HHDFHwDefConfig(const HHDFHwDefConfig&) = delete;
@@ -30,9 +31,11 @@ public:
     const std::map<std::string, HHDFHwDefPartitionCell*>& getPartitionCellRMs() const { return cells_; }
     /// Instance paths in insertion order.
     const std::vector<std::string>& getGrayBoxCells() const { return grayBoxCells_; }
-    const std::string& getName() const { return name_; }
     /// Fixed when the configuration is made.
+    /// @{
+    const std::string& getName() const { return name_; }
     bool isActive() const { return active_; }
+    /// @}
 
     /// Writes the configuration to standard output.
     void print() const;

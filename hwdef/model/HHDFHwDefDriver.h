@@ -9,6 +9,7 @@ class HWDEF_API HHDFHwDefDriver {
 public:
     /// A record of three empty texts.
     HHDFHwDefDriver() = default;
+    /// A record of these texts.
     HHDFHwDefDriver(const std::string& filePath, const std::string& relativeName,
                     const std::string& hwDefFilePath);
 

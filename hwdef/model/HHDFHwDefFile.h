@@ -35,10 +35,13 @@ public:
     /// The same without a copy; lives as long as the entry.
     std::string_view fileName() const;
 
+    /// What kind of file it is, and its role in the block design.
+    /// @{
     const HHDFHwDefFileTypes::HWHFileType& getFileType() const { return fileType_; }
     void setFileType(const HHDFHwDefFileTypes::HWHFileType& type) { fileType_ = type; }
     const HHDFHwDefFileTypes::HWHBDType& getBDFileType() const { return bdFileType_; }
     void setBDFileType(const HHDFHwDefFileTypes::HWHBDType& type) { bdFileType_ = type; }
+    /// @}
 
     /// Instance path, in the design hierarchy, of the block design or cell the file belongs to.
     const std::string& getHierPath() const { return extras().hierPath; }

@@ -16,6 +16,7 @@ class HWDEF_API HHDFHwDefUtils {
 public:
     HHDFHwDefUtils() = delete;
 
+    /// Free attributes: name to value.
     using Attributes = std::map<std::string, std::string>;
 
     // --- Definitions. The caller owns what a factory returns.

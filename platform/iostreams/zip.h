@@ -31,8 +31,11 @@ public:
 /// A Boost.Iostreams source over one member. Copies share the open member.
 class HWDEF_API file_source {
 public:
+    /// What Boost.Iostreams asks of a device.
+    /// @{
     using char_type = char;
     struct category : boost::iostreams::source_tag, boost::iostreams::closable_tag {};
+    /// @}
 
     /// Opens the member. An archive that doesn't exist, or that has no such member, leaves the
     /// source not open; an archive or member that can't be read throws zip_exception. The mode is
@@ -45,6 +48,7 @@ public:
     /// Reads up to `count` bytes; -1 at the end. Size and CRC-32 are checked when the end is
     /// reached: throws zip_exception when they are not what the directory says.
     std::streamsize read(char* buffer, std::streamsize count);
+    /// Lets the member go, of all copies.
     void close();
 
 private:
@@ -59,8 +63,11 @@ private:
 /// then the content is kept in memory, or, beyond 256 KiB, in a file without a name beside the archive.
 class HWDEF_API file_sink {
 public:
+    /// What Boost.Iostreams asks of a device.
+    /// @{
     using char_type = char;
     struct category : boost::iostreams::sink_tag, boost::iostreams::closable_tag {};
+    /// @}
 
     /// Throws zip_exception when the archive exists but can't be read as one.
     file_sink(const std::string& member, const std::string& archive,
@@ -92,7 +99,9 @@ public:
     zip_istream(const std::string& member, const std::string& archive, int hint);
     ~zip_istream() override;
 
+    /// True when the member was found and opened, until close().
     bool is_open() const;
+    /// Lets the member go.
     void close();
 
 private:
