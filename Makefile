@@ -11,7 +11,7 @@ BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install deb abi abi-record bench bench-smoke \
+.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install deb abi abi-record docs lint format-check tarball bench bench-smoke \
     bench-build packages configure clean
 
 help: ## List the targets
@@ -78,6 +78,23 @@ abi: configure ## Compare the exported interface with the recorded one
 abi-record: configure ## Record the exported interface as it is now
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target hwdef >/dev/null
 	@sh packaging/abi.sh $(VERSION) $(BUILD)/libhwdef.so.$(firstword $(subst ., ,$(VERSION))) record
+
+docs: ## Make the HTML manual of the public headers; fails on a warning
+	@sh packaging/install-packages.sh packaging/docs-packages.txt
+	@sh packaging/docs.sh $(VERSION) build/docs
+
+lint: configure ## Judge the sources by .clang-tidy
+	@sh packaging/install-packages.sh packaging/lint-packages.txt
+	@sh packaging/lint.sh $(BUILD) $(JOBS)
+
+format-check: ## Tell which sources clang-format would change
+	@sh packaging/install-packages.sh packaging/lint-packages.txt
+	@git ls-files '*.h' '*.cpp' | grep -v ^examples/drivers/tree | xargs clang-format --dry-run --Werror
+
+tarball: ## Pack the sources of this commit, to be built without git
+	@mkdir -p build
+	@git archive --prefix=hwdef-$(VERSION)/ -o build/hwdef-$(VERSION).tar.gz HEAD
+	@echo build/hwdef-$(VERSION).tar.gz
 
 bench: bench-build ## Measure everything against other tools and write docs/performance.md (half an hour)
 	@$(BENCH_RUN) --results $(BENCH)/results.json

@@ -30,7 +30,8 @@ bool roundTrip(const std::string& directory)
     }
     const auto read = HHDFHwDefUtils::getHDF(container, true);
     return check(read != nullptr && read->getPart() == "ice40hx8k-ct256", "reading it back") &&
-           check(HHDFHwDefUtils::getFileBufferFromHDF("design.hwh", container) == "handoff", "reading a member");
+           check(HHDFHwDefUtils::getFileBufferFromHDF("design.hwh", container) == "handoff",
+                 "reading a member");
 }
 
 /// Messages reach the program, and exceptions of the library are caught by their class.
@@ -42,7 +43,8 @@ bool failures(const std::string& directory)
     ComMsgMgr::setHandler({});
     bool caught = false;
     try {
-        HUTZip::compress(HUTFile(directory + "/archive.zip"), directory + "/missing.txt", HUTZip::ZIP_DEFAULT);
+        HUTZip::compress(HUTFile(directory + "/archive.zip"), directory + "/missing.txt",
+                         HUTZip::ZIP_DEFAULT);
     } catch (const iostreams::device::detail::zip_exception&) {
         caught = true;
     }
