@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "platform/HUTFile.h"
+#include "platform/Progress.h"
 #include "platform/ReplacementFile.h"
 #include "platform/iostreams/Append.h"
 #include "platform/iostreams/ArchiveReader.h"
@@ -178,6 +179,8 @@ bool HUTCoreContainer::cp(const std::string& from, const std::string& to, bool o
     try {
         copy(from, to, overwrite);
         return true;
+    } catch (const platform::Cancelled&) {
+        throw;  // a call that this one is part of ends
     } catch (const HEXAll& error) {
         if (reason != nullptr) {
             *reason = error.what();

@@ -150,6 +150,28 @@ TEST_F(ProgressOfCalls, cancelledPackagingFromDiskLeavesNothing)
     EXPECT_TRUE(boost::filesystem::is_empty(dir / "new"));
 }
 
+TEST_F(ProgressOfCalls, cancelledPackagingLeavesNoMemberOutThatLiesInAContainer)
+{
+    ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "in/map.txt", "inside.bit", dir / "in/core.xsa"));
+    for (const bool forGood : {false, true}) {
+        const std::string target = dir / (forGood ? "out/forGood.hdf" : "out/once.hdf");
+        auto def = HHDFHwDefUtils::createHDF(target);
+        def->addFileToBom(dir / "in/top.bit", bit);
+        def->addFileToBom(dir / "in/core.xsa/inside.bit", bit);
+        bool refused = false;
+        Messages messages;
+        const ProgressWatch watch([&](const Progress& progress) {
+            const bool refuses = progress.member == "inside.bit" && (forGood || !refused);
+            refused = refused || refuses;
+            return !refuses;
+        });
+        EXPECT_FALSE(def->write(true));
+        EXPECT_TRUE(refused);
+        EXPECT_FALSE(boost::filesystem::exists(target));
+        EXPECT_NE(messages.joined().find("cancelled"), std::string::npos) << messages.joined();
+    }
+}
+
 TEST_F(ProgressOfCalls, exportToADirectoryTellsOfAllAndStopsWhenCancelled)
 {
     HUTFile::ensureWritableDirectory(dir / "export");
