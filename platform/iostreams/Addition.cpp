@@ -103,7 +103,9 @@ OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
     old.directory = reader.directory().position();
     listKept(old, replaced);
     old.inPlace = canStayInPlace(reader, old.end);
-    old.membersEnd = old.inPlace ? findMembersEnd(reader, old.directory) : old.directory;
+    // A digest covers those bytes as well: to restore a state that has one they would have to be kept.
+    const bool mayReclaim = old.inPlace && platform::ArchiveDigest::recordedIn(old.end.comment).empty();
+    old.membersEnd = mayReclaim ? findMembersEnd(reader, old.directory) : old.directory;
     return old;
 }
 

@@ -65,9 +65,11 @@ protected:
         }
     }
 
-    void startFrom(const support::ZipBuilder& builder)
+    void startFrom(const support::ZipBuilder& builder) { startFromBytes(builder.build()); }
+
+    void startFromBytes(std::string bytes)
     {
-        start_ = builder.build();
+        start_ = std::move(bytes);
         reset();
         old_ = membersOf(path_);
     }

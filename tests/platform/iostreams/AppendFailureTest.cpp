@@ -38,6 +38,20 @@ TEST_F(AppendCrash, restoresTheOldBytesOfAnArchiveWithADigest)
     failEverywhere(1, ENOSPC);
 }
 
+TEST_F(AppendCrash, restoresBytesOfNoMemberWhenADigestCoversThem)
+{
+    support::ZipBuilder builder = smallArchive();
+    builder.comment += "hwdef-sha256:" + std::string(64, '7');
+    std::string bytes = builder.build();
+    const std::size_t directory = bytes.find("PK\x01\x02");
+    bytes.insert(directory, 200, 'x');  // as an interrupted addition leaves them
+    const std::size_t offsetField = bytes.rfind("PK\x05\x06") + 16;
+    bytes[offsetField] = static_cast<char>((directory + 200) & 0xff);
+    bytes[offsetField + 1] = static_cast<char>((directory + 200) >> 8);
+    startFromBytes(bytes);
+    failEverywhere(1, ENOSPC);
+}
+
 TEST_F(AppendCrash, keepsTheOldFileWhenAWholeCopyFails)
 {
     support::ZipBuilder builder = smallArchive();
