@@ -300,7 +300,10 @@ void HXMLWInterface::Document::parse(std::string text)
         error_ = lines.errorAt(defect->offset, defect->description);
         return;
     }
-    const platform::XmlParts most = platform::boundXmlParts(text_);
+    platform::XmlParts most = platform::boundXmlParts(text_);
+    if (most.attributes * sizeof(Attribute) > text_.size()) {
+        most = platform::countXmlParts(text_);  // a text that is full of quotes: don't reserve for each
+    }
     pugi::xml_document tree;
     // The parser overwrites the last byte it is given: hand it the terminator.
     const pugi::xml_parse_result result =

@@ -141,6 +141,7 @@ bool isXmlName(std::string_view text)
 XmlParts countXmlParts(std::string_view document)
 {
     XmlParts parts;
+    parts.attributes = 1;  // the parser makes one more before it stumbles over it
     bool mayBeginText = true;
     bool mayBeginValue = false;
     char before = '\0';
@@ -166,6 +167,7 @@ XmlParts boundXmlParts(std::string_view document)
     // In stretches so short that a byte holds each count: the compiler then compares many characters at once.
     constexpr std::size_t stretch = 255;
     XmlParts parts;
+    parts.texts = 1;  // in front of everything
     std::size_t quotes = 0;
     const std::size_t size = document.empty() ? 0 : document.size() - 1;  // nothing follows the last character
     for (std::size_t begin = 0; begin < size; begin += stretch) {
@@ -176,7 +178,8 @@ XmlParts boundXmlParts(std::string_view document)
         for (std::size_t at = begin; at < end; ++at) {
             const char c = document[at];
             const char next = document[at + 1];
-            elements = static_cast<std::uint8_t>(elements + ((c == '<') & (next != '/') & (next != '!') & (next != '?')));
+            const bool isElement = (c == '<') & (next != '/') & (next != '!') & (next != '?');
+            elements = static_cast<std::uint8_t>(elements + isElement);
             marks = static_cast<std::uint8_t>(marks + ((c == '"') | (c == '\'')));
             ends = static_cast<std::uint8_t>(ends + ((c == '>') | ((c == '<') & (next == '!'))));
         }

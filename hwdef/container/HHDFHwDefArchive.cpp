@@ -44,7 +44,7 @@ std::int64_t modifiedOf(const Entry& entry)
 class HHDFHwDefArchive::Impl {
 public:
     explicit Impl(const std::string& path)
-        : reader_(path), comment_(iostreams::zip::findEndRecord(reader_.file()).comment)
+        : reader_(path), comment_(reader_.endRecord().comment)
     {
         for (const Entry& entry : reader_.entries()) {
             if (reader_.find(entry.name)->record.data() == entry.record.data()) {

@@ -118,7 +118,8 @@ bool readDocument(HHDFHwDefImp& imp, std::string buffer, Bom& bom, bool checkInt
     // A driver's file repeats the container's path twice, and is told in a dozen characters.
     const bool isSmall = buffer.size() <= platform::limits::maxDocumentMemory() /
                                               (mostBytesPerByte + bom.container.size() / 6);
-    if (!isSmall && !fitsMemory(HXMLWInterface::mostBytes(buffer, platform::limits::maxDocumentMemory()), bom, "parsing it")) {
+    if (!isSmall && !fitsMemory(HXMLWInterface::mostBytes(buffer, platform::limits::maxDocumentMemory()), bom,
+                                "parsing it")) {
         return false;
     }
     HXMLWInterface document;

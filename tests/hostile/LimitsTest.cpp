@@ -115,7 +115,7 @@ TEST(Limits, refuseABomThatUnfoldsTooFarUnlessTheyAreRaised)
         EXPECT_FALSE(opens(dir / "design.hdf"));
         EXPECT_EQ(messages.joined(),
                   "text: " + dir / "design.hdf" +
-                      ": member \"hwdef.xml\": parsing it may take 10050313 bytes of memory, allowed are "
+                      ": member \"hwdef.xml\": parsing it may take 10050361 bytes of memory, allowed are "
                       "1000000\nhdf @64-11@%s 20000000 [hwdef.xml]\n");
     }
     messages.clear();

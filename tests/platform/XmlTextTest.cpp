@@ -128,7 +128,7 @@ TEST(XmlText, boundsThePartsOfADocument)
     const auto bound = boundXmlParts(R"(<?xml version="1.0"?><!-- --><a b="1" c='2'>text<d/></a>)");
     EXPECT_EQ(bound.elements, 2u);
     EXPECT_EQ(bound.attributes, 4u);
-    EXPECT_EQ(bound.texts, 5u);
+    EXPECT_EQ(bound.texts, 6u);
 }
 
 TEST(XmlText, boundsPartsNeverBelowTheirCountAndNotByTheStretch)
