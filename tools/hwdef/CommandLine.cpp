@@ -166,5 +166,6 @@ std::string helpOf(const Verb& verb, const Arguments& arguments)
 {
     CLI::App app(verb.text().description, "hwdef " + verb.text().name);
     fill(app, verb, arguments);
-    return app.help();
+    std::string text = app.help();
+    return text.erase(text.find_last_not_of('\n') + 1);
 }

@@ -24,5 +24,5 @@ Colours coloursOf(const Settings& settings);
 void parseWords(const Verb& verb, const Arguments& arguments, const Settings& settings,
                 std::vector<std::string> words);
 
-/// The verb's help text.
+/// The verb's help text, without a newline at its end.
 std::string helpOf(const Verb& verb, const Arguments& arguments);

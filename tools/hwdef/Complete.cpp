@@ -55,24 +55,40 @@ public:
     }
 
 private:
+    const Argument* optionWithValue(const std::string& name) const
+    {
+        for (const Argument& argument : arguments_.all()) {
+            if (argument.isOption() && !argument.isFlag() && isMatch(name, argument)) {
+                return &argument;
+            }
+        }
+        return nullptr;
+    }
+
     void take(const std::string& word)
     {
         if (awaited_ != nullptr) {
             awaited_ = nullptr;
         } else if (word.size() > 1 && word.front() == '-') {
-            for (const Argument& argument : arguments_.all()) {
-                if (argument.isOption() && !argument.isFlag() && isMatch(word, argument)) {
-                    awaited_ = &argument;
-                }
-            }
+            awaited_ = optionWithValue(word);
         } else {
             operandWords_.push_back(word);
         }
     }
 
+    /// Options, or the values of one that is there with its "=".
     Candidates options() const
     {
         Candidates names;
+        const std::size_t sign = last_.find('=');
+        if (sign != std::string::npos) {
+            const Argument* const option = optionWithValue(last_.substr(0, sign));
+            names = option == nullptr ? names : valuesOf(*option);
+            for (std::string& name : names) {
+                name.insert(0, last_.substr(0, sign + 1));
+            }
+            return names;
+        }
         for (const Argument& argument : arguments_.all()) {
             if (argument.isOption()) {
                 names.push_back(argument.names.substr(argument.names.rfind(',') + 1));
@@ -121,7 +137,8 @@ private:
     {
         Candidates names;
         if (!operandWords_.empty()) {
-            for (const auto& member : openContainer(operandWords_.front()).archive->members()) {
+            const Container container = openContainer(operandWords_.front());
+            for (const auto& member : container.archive->members()) {
                 names.push_back(member.name);
             }
         }

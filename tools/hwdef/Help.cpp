@@ -23,7 +23,11 @@ public:
 
     ExitCode run(Output& output) override
     {
-        output.line(verb_.empty() ? generalHelp() : helpOf());
+        const std::string text = verb_.empty() ? generalHelp() : helpOf();
+        if (output.isJson()) {
+            output.json().add("text", text);
+        }
+        output.line(text);
         return ExitCode::SOUND;
     }
 

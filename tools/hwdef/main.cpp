@@ -10,6 +10,7 @@
 #include "Help.h"
 #include "Messages.h"
 #include "ProgressLine.h"
+#include "Text.h"
 #include "platform/HUTEnv.h"
 
 namespace {
@@ -30,8 +31,7 @@ int runVerb(Verb& verb, std::vector<std::string> words)
     defineSettings(arguments, settings);
     parseWords(verb, arguments, settings, std::move(words));
     if (settings.help) {
-        writeToStream(1, helpOf(verb, arguments));
-        return 0;
+        return say(helpOf(verb, arguments));
     }
     showMessages(settings.quiet, coloursOf(settings));
     Output output(verb.text().name, settings.json, coloursOf(settings));
@@ -79,8 +79,10 @@ int runReported(std::vector<std::string> words)
         return runWords(std::move(words));
     } catch (const std::bad_alloc&) {
         tellError("there is not enough memory");
-    } catch (const std::exception& error) {
+    } catch (const CommandError& error) {
         tellError(error.what());
+    } catch (const std::exception& error) {
+        tellError(printable(error.what()));
     }
     return errorCode;
 }
