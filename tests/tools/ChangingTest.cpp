@@ -1,0 +1,445 @@
+// The verbs that make and change containers: what they write, and what they end with.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "hwdef/hwdef.h"
+#include "platform/HUTFile.h"
+#include "platform/HUTZip.h"
+#include "support/Container.h"
+#include "support/TempDir.h"
+#include "tools/Command.h"
+#include "tools/Designs.h"
+
+using support::readFile;
+using support::TempDir;
+using support::writeFile;
+using tools::CommandRun;
+using tools::runCommand;
+
+namespace {
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+void expectDone(const CommandRun& run)
+{
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "");
+}
+
+void expectError(const CommandRun& run, const std::string& text)
+{
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.error, "hwdef: error: " + text + "\n");
+}
+
+/// Expects that what explode writes of a container builds to the same bytes.
+void expectSameAgain(const TempDir& dir, const std::string& file)
+{
+    expectDone(runCommand(dir.path(), {"explode", file, "parts"}));
+    expectDone(runCommand(dir.path(), {"build", "-o", "again.hdf", "parts/recipe.json"}));
+    EXPECT_EQ(readFile(dir / "again.hdf"), readFile(dir / file));
+}
+
+/// The members but the BOM with their bytes as they are compressed.
+std::string packedMembers(const std::string& path)
+{
+    const HHDFHwDefArchive archive(path);
+    std::string text;
+    for (const auto& member : archive.members()) {
+        if (!member.name.ends_with("def.xml")) {
+            text += member.name + " " + std::to_string(member.packedBytes) + " " + std::to_string(member.crc) + "\n";
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST(Build, packsFilesWithTypesPropertiesAndAttributes)
+{
+    const TempDir dir;
+    writeFile(dir / "top.hwh", "handoff");
+    writeFile(dir / "top.bit", "bits");
+
+    const CommandRun run =
+        runCommand(dir.path(), {"build", "-o", "out.hdf", "top.hwh:HW_HANDOFF", "top.bit:bit", "-s", "part=p-1", "-s",
+                                "mode=post", "-s", "attribute.flow=fast", "-f", "top.bit:compressed=true"});
+
+    expectDone(run);
+    EXPECT_TRUE(run.out.starts_with("out.hdf: 3 members, ")) << run.out;
+    EXPECT_EQ(support::namesIn(dir / "out.hdf"), "sysdef.xml top.hwh top.bit");
+    const auto def = HHDFHwDefUtils::getHDF(dir / "out.hdf");
+    ASSERT_NE(def, nullptr);
+    EXPECT_EQ(def->getPart(), "p-1");
+    EXPECT_EQ(def->getBomFileType("top.bit"), "BIT");
+    std::string name = "top.bit";
+    EXPECT_EQ(def->getBomFile(name)->getFileAttrs(), (HHDFHwDef::Texts{{"compressed", "true"}}));
+    HHDFHwDef::Texts attributes;
+    def->getWDIAttrs(attributes);
+    EXPECT_EQ(attributes, (HHDFHwDef::Texts{{"flow", "fast"}}));
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(dir / "out.hdf")), HUTZip::INTACT);
+}
+
+TEST(Build, packsTheSameBytesAsTheLibrary)
+{
+    const TempDir dir;
+    writeFile(dir / "top.bit", support::textBytes(5000, 1));
+    const auto def = HHDFHwDefUtils::createHDF(dir / "out.hdf");
+    def->addFileToBom(dir / "top.bit", HHDFHwDefFileTypes::BIT);
+    def->write(true);
+    const std::string bytes = readFile(dir / "out.hdf");
+    expectDone(runCommand(dir.path(), {"build", "-o", "out.hdf", "top.bit:BIT"}));
+    EXPECT_EQ(readFile(dir / "out.hdf"), bytes);
+}
+
+TEST(Build, addsADriverOfADirectory)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    expectDone(runCommand(dir.path(), {"build", "-o", "out.hdf", "in/top.bit:BIT", "-d", "vendor:ip:gpio=in/gpio_v1"}));
+    EXPECT_EQ(support::namesIn(dir / "out.hdf"),
+              "hwdef.xml top.bit drivers/gpio_v1/data/gpio.mdd drivers/gpio_v1/src/gpio.c");
+    const auto def = HHDFHwDefUtils::getHDF(dir / "out.hdf");
+    EXPECT_EQ(def->getDriverFilesMap().at("vendor:ip:gpio").size(), 2U);
+}
+
+TEST(Build, warnsOfADriverWithoutDescription)
+{
+    const TempDir dir;
+    writeFile(dir / "top.bit", "bits");
+    writeFile(dir / "gpio/gpio.c", "source");
+    const CommandRun run = runCommand(dir.path(), {"build", "-o", "out.hdf", "top.bit:BIT", "-d", "gpio=gpio"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error,
+              "hwdef: warning: the driver \"gpio\" has no file with the extension \".mdd\"; at least one is expected "
+              "[@64-24@]\n");
+    EXPECT_EQ(runCommand(dir.path(), {"build", "-q", "-o", "out.hdf", "top.bit:BIT", "-d", "gpio=gpio"}).error, "");
+}
+
+TEST(Build, keepsTheOldContainerWhenItFails)
+{
+    const TempDir dir;
+    writeFile(dir / "top.bit", "bits");
+    writeFile(dir / "out.hdf", "old");
+    const auto build = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"build", "-o", "out.hdf"});
+        return runCommand(dir.path(), words);
+    };
+    expectError(build({"gone.bit:BIT"}), "gone.bit: there is no such file");
+    expectError(build({".:BIT"}), ".: this is a directory, not a file to pack");
+    expectError(build({"top.bit"}), "\"top.bit\" has no type; a file is given as PATH:TYPE");
+    expectError(build({"top.bit:BITS"}), "there is no file type \"BITS\"; did you mean \"BIT\"?");
+    expectError(build({"top.bit:BIT", "./top.bit:BIT"}), "\"top.bit\" is the name of two members");
+    expectError(build({"top.bit:BIT", "-s", "part"}), "\"part\" is not of the form key=value");
+    expectError(build({"top.bit:BIT", "-s", "mode=mid"}),
+                "mode can't be \"mid\"; it is Pre-Synthesis (pre), Post-Synthesis (post) or nothing");
+    expectError(build({"top.bit:BIT", "-f", "top.bti:a=b"}),
+                "\"top.bti:a=b\" names no file of the container; did you mean \"top.bit\"?");
+    expectError(runCommand(dir.path(), {"build", "top.bit:BIT"}), "build: the container to write is missing: -o OUT");
+    EXPECT_EQ(readFile(dir / "out.hdf"), "old");
+    EXPECT_EQ(dir.list(), "out.hdf top.bit");
+}
+
+TEST(Build, saysWhereARecipeIsWrong)
+{
+    const TempDir dir;
+    const auto build = [&](const std::string& recipe) {
+        writeFile(dir / "r.json", recipe);
+        return runCommand(dir.path(), {"build", "-o", "out.hdf", "r.json"});
+    };
+    expectError(build("{\"recipe\": 1,"), "r.json: byte 13: Missing a name for object member.");
+    expectError(build("{}"), "r.json: \"recipe\" is missing");
+    expectError(build("{\"recipe\": 2}"), "r.json: \"recipe\": only recipes of version 1 are known");
+    expectError(build("{\"recipe\": 1, \"files\": [{\"path\": \"x\"}]}"), "r.json: \"files\"[0]: \"type\" is missing");
+    expectError(build("{\"recipe\": 1, \"properties\": {\"part\": 1}}"),
+                "r.json: \"properties\": \"part\": a text is expected");
+    EXPECT_EQ(dir.list(), "r.json");
+}
+
+TEST(Explode, givesTheSameBytesAgain)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    expectSameAgain(dir, "design.hdf");
+    EXPECT_EQ(readFile(dir / "parts/top.bit"), readFile(dir / "in/top.bit"));
+    EXPECT_FALSE(support::exists(dir / "parts/sysdef.xml"));
+    EXPECT_TRUE(contains(readFile(dir / "parts/recipe.json"), "\"part\": \"part-1\""));
+}
+
+TEST(Explode, givesTheSameBytesOfPartitionsAgain)
+{
+    const TempDir dir;
+    tools::writePartial(dir.path());
+    expectSameAgain(dir, "partial.hdf");
+    EXPECT_FALSE(support::exists(dir / "parts/hwdef.xml"));
+}
+
+TEST(Explode, givesTheSameBytesOfAnotherTimeOrderAndNoDigestAgain)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const HHDFHwDefArchive present(dir / "design.hdf");
+    ::setenv("SOURCE_DATE_EPOCH", "1700000000", 1);  // of this test's process only, and of the command
+    expectDone(runCommand(dir.path(), {"build", "-o", "timed.hdf", "in/top.bit:BIT"}));
+    ::unsetenv("SOURCE_DATE_EPOCH");
+    EXPECT_EQ(HHDFHwDefArchive(dir / "timed.hdf").members().front().modified, 1700000000);
+    expectSameAgain(dir, "timed.hdf");
+
+    const TempDir other;
+    std::vector<HHDFHwDefArchive::Part> parts;
+    for (const auto& member : present.members()) {
+        parts.insert(parts.begin(), {member.name, ""});
+    }
+    HHDFHwDefArchive::write(other / "turned.hdf", parts, &present, "a comment", false);
+    expectSameAgain(other, "turned.hdf");
+}
+
+TEST(Explode, keepsABomOfOtherHands)
+{
+    const TempDir dir;
+    tools::writeOther(dir.path());
+    const CommandRun run = runCommand(dir.path(), {"explode", "other.hdf", "parts"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(contains(readFile(dir / "parts/hwdef.xml"), "<!-- by hand -->"));
+    expectDone(runCommand(dir.path(), {"build", "-o", "again.hdf", "parts/recipe.json"}));
+    EXPECT_EQ(support::readArchive(dir / "again.hdf"), support::readArchive(dir / "other.hdf"));
+    expectError(runCommand(dir.path(), {"build", "-o", "again.hdf", "parts/recipe.json", "-s", "part=x"}),
+                "the recipe takes its bill of materials as it is; nothing can be set in it");
+}
+
+TEST(Explode, saysWhenTheBytesDiffer)
+{
+    const TempDir dir;
+    writeFile(dir / "top.bit", std::string(5000, 'x'));
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "top.bit:BIT"}));
+    support::writeArchive(dir / "stored.hdf", support::readArchive(dir / "a.hdf"));
+    const CommandRun run = runCommand(dir.path(), {"explode", "stored.hdf", "parts"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "hwdef: the recipe gives a container of the same members, but of other bytes: stored.hdf was "
+                         "packed in another way\n");
+}
+
+TEST(Explode, givesWayToAMemberOfTheRecipesName)
+{
+    const TempDir dir;
+    writeFile(dir / "recipe.json", "not the recipe");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "recipe.json:UNKNOWN"}));
+    expectSameAgain(dir, "a.hdf");
+    EXPECT_EQ(readFile(dir / "parts/_/recipe.json"), "not the recipe");
+}
+
+TEST(Explode, leavesADirectoryAloneThatIsNotEmpty)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    writeFile(dir / "parts/mine", "mine");
+    expectError(runCommand(dir.path(), {"explode", "design.hdf", "parts"}),
+                "parts: the directory isn't empty; --force writes into it all the same");
+    expectError(runCommand(dir.path(), {"explode", "design.hdf", "parts/mine"}),
+                "parts/mine: this is a text file, not a directory");
+    expectDone(runCommand(dir.path(), {"explode", "design.hdf", "parts", "--force"}));
+    EXPECT_EQ(readFile(dir / "parts/mine"), "mine");
+}
+
+TEST(Set, changesPropertiesAndKeepsMembers)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string members = packedMembers(dir / "design.hdf");
+    const CommandRun run =
+        runCommand(dir.path(), {"set", "design.hdf", "board=b-1", "attribute.flow=", "attribute.owner=me", "used.lut=30"});
+    expectDone(run);
+    EXPECT_TRUE(run.out.starts_with("design.hdf: board is now \"b-1\"\n"));
+    EXPECT_EQ(packedMembers(dir / "design.hdf"), members);
+    const auto def = HHDFHwDefUtils::getHDF(dir / "design.hdf", true);
+    ASSERT_NE(def, nullptr);
+    EXPECT_EQ(def->getBoard(), "b-1");
+    EXPECT_EQ(def->getPart(), "part-1");
+    EXPECT_EQ(def->getUsedResourceInfo().lut, "30");
+    HHDFHwDef::Texts attributes;
+    def->getWDIAttrs(attributes);
+    EXPECT_EQ(attributes, (HHDFHwDef::Texts{{"owner", "me"}}));
+}
+
+TEST(Set, givesTheOldBytesWhenItIsUndone)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string before = readFile(dir / "design.hdf");
+    expectDone(runCommand(dir.path(), {"set", "design.hdf", "part=part-2"}));
+    EXPECT_NE(readFile(dir / "design.hdf"), before);
+    expectDone(runCommand(dir.path(), {"set", "design.hdf", "part=part-1"}));
+    EXPECT_EQ(readFile(dir / "design.hdf"), before);
+}
+
+TEST(Set, renamesTheBomWithTheMode)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    expectDone(runCommand(dir.path(), {"set", "design.hdf", "mode=pre"}));
+    EXPECT_TRUE(support::namesIn(dir / "design.hdf").starts_with("hwdef.xml top.hwh"));
+    EXPECT_FALSE(contains(support::namesIn(dir / "design.hdf"), "sysdef.xml"));
+}
+
+TEST(Set, refusesWhatItDoesNotKnow)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string before = readFile(dir / "design.hdf");
+    const CommandRun run = runCommand(dir.path(), {"set", "design.hdf", "prat=x"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_TRUE(contains(run.error, "there is no property \"prat\"; did you mean \"part\"?\nProperties are part, "));
+    expectError(runCommand(dir.path(), {"set", "design.hdf", "version=2.0"}),
+                "version can't be \"2.0\"; it is 1 and a minor version, as 1.7");
+    EXPECT_EQ(readFile(dir / "design.hdf"), before);
+}
+
+TEST(Set, losesNothingOfABomOfOtherHandsWithoutLeave)
+{
+    const TempDir dir;
+    tools::writeOther(dir.path());
+    const std::string before = readFile(dir / "other.hdf");
+    expectError(runCommand(dir.path(), {"set", "other.hdf", "part=x"}),
+                "other.hdf: \"hwdef.xml\" is of other hands, and may say what an edit would lose; --rewrite-bom writes "
+                "it anew with all that hwdef knows of it");
+    EXPECT_EQ(readFile(dir / "other.hdf"), before);
+    expectDone(runCommand(dir.path(), {"set", "other.hdf", "part=x", "--rewrite-bom"}));
+    EXPECT_EQ(support::namesIn(dir / "other.hdf"), "a.bit hwdef.xml notes.txt");
+    EXPECT_EQ(HHDFHwDefUtils::getHDF(dir / "other.hdf")->getPart(), "x");
+}
+
+TEST(Set, refusesToHideThatAnArchiveWasChanged)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    support::patchFile(dir / "design.hdf", "<EDKSYSTEM/>", "<edksystem/>");
+    const CommandRun run = runCommand(dir.path(), {"set", "design.hdf", "part=x"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_TRUE(contains(run.error, "the archive was changed after it was written: its digest is wrong"));
+    expectDone(runCommand(dir.path(), {"set", "design.hdf", "part=x", "--force"}));
+}
+
+TEST(Add, addsAFileAndKeepsTheOthers)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string before = packedMembers(dir / "design.hdf");
+    writeFile(dir / "debug.ltx", "probes");
+    const CommandRun run = runCommand(dir.path(), {"add", "design.hdf", "debug.ltx:LTX"});
+    expectDone(run);
+    EXPECT_EQ(run.out, "design.hdf: added debug.ltx as LTX\n");
+    EXPECT_EQ(support::memberOf(dir / "design.hdf", "debug.ltx"), "probes");
+    EXPECT_EQ(HHDFHwDefUtils::getHDF(dir / "design.hdf", true)->getBomFileType("debug.ltx"), "LTX");
+
+    expectDone(runCommand(dir.path(), {"remove", "design.hdf", "debug.ltx"}));
+    EXPECT_EQ(packedMembers(dir / "design.hdf"), before);
+}
+
+TEST(Add, replacesOnlyWhenAskedTo)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    writeFile(dir / "top.bit", "new bits");
+    expectError(runCommand(dir.path(), {"add", "design.hdf", "top.bit:BIT"}),
+                "design.hdf: there is a member \"top.bit\" already; --replace replaces it");
+    expectDone(runCommand(dir.path(), {"add", "design.hdf", "top.bit:PARTIAL_BIT", "--replace"}));
+    EXPECT_EQ(support::memberOf(dir / "design.hdf", "top.bit"), "new bits");
+    const auto def = HHDFHwDefUtils::getHDF(dir / "design.hdf", true);
+    std::vector<std::string> names;
+    EXPECT_EQ(def->getBomFiles(names), 4U);
+    EXPECT_EQ(def->getBomFileType("top.bit"), "PARTIAL_BIT");
+}
+
+TEST(Add, refusesTheNameOfABom)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    writeFile(dir / "hwdef.xml", "<Project/>");
+    expectError(runCommand(dir.path(), {"add", "design.hdf", "hwdef.xml:UNKNOWN"}),
+                "\"hwdef.xml\" is the name of a bill of materials");
+}
+
+TEST(Remove, removesMembersAndTheirEntries)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    expectDone(runCommand(dir.path(), {"remove", "design.hdf", "top.hwh", "drivers/gpio_v1/data/gpio.mdd",
+                                       "drivers/gpio_v1/src/gpio.c"}));
+    EXPECT_EQ(support::namesIn(dir / "design.hdf"), "sysdef.xml top.bit ps_init.c params.json");
+    const auto def = HHDFHwDefUtils::getHDF(dir / "design.hdf", true);
+    EXPECT_FALSE(def->isBomFileExistsWithName("top.hwh"));
+    EXPECT_TRUE(def->getDriverFilesMap().empty());
+}
+
+TEST(Remove, refusesWhatIsNotThereAndTheBom)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string before = readFile(dir / "design.hdf");
+    expectError(runCommand(dir.path(), {"remove", "design.hdf", "top.bti"}),
+                "design.hdf: there is no member \"top.bti\"; did you mean \"top.bit\"?");
+    expectError(runCommand(dir.path(), {"remove", "design.hdf", "top.bit", "sysdef.xml"}),
+                "\"sysdef.xml\" is the bill of materials, and no container is without one");
+    EXPECT_EQ(readFile(dir / "design.hdf"), before);
+}
+
+namespace {
+
+/// DIR/design.hdf, and DIR/overlay.hdf with another top.bit and the same top.hwh.
+void writeMeeting(const TempDir& dir)
+{
+    tools::writeDesign(dir.path());
+    writeFile(dir / "new/top.bit", "new bits");
+    expectDone(runCommand(dir.path(), {"build", "-o", "overlay.hdf", "new/top.bit:BIT", "in/top.hwh:HW_HANDOFF", "-s",
+                                       "attribute.flow=slow"}));
+}
+
+constexpr const char* meetingReport =
+    "properties from design.hdf\n"
+    "design.hdf   4 files   1 driver\n"
+    "overlay.hdf  2 files  0 drivers\n"
+    "  file       top.bit  different  from overlay.hdf\n"
+    "  file       top.hwh  the same   from overlay.hdf\n"
+    "  attribute  flow     different  from overlay.hdf\n";
+
+}  // namespace
+
+TEST(Merge, tellsWhatCameFromWhereAndWhatMet)
+{
+    const TempDir dir;
+    writeMeeting(dir);
+    const CommandRun run = runCommand(dir.path(), {"merge", "design.hdf", "overlay.hdf", "-o", "all.hdf"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, std::string(meetingReport) + "written to all.hdf\n");
+    EXPECT_EQ(support::memberOf(dir / "all.hdf", "top.bit"), "new bits");
+    EXPECT_EQ(HHDFHwDefUtils::getHDF(dir / "all.hdf", true)->getPart(), "part-1");
+}
+
+TEST(Merge, writesNothingWhenItRunsDry)
+{
+    const TempDir dir;
+    writeMeeting(dir);
+    const CommandRun run = runCommand(dir.path(), {"merge", "design.hdf", "overlay.hdf", "--dry-run"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.out, std::string(meetingReport) + "nothing was written\n");
+    EXPECT_EQ(runCommand(dir.path(), {"merge", "design.hdf", "design.hdf", "-n"}).exitCode, 0);
+}
+
+TEST(Merge, refusesDifferentBytesWhenItIsStrict)
+{
+    const TempDir dir;
+    writeMeeting(dir);
+    writeFile(dir / "all.hdf", "old");
+    const CommandRun run = runCommand(dir.path(), {"merge", "design.hdf", "overlay.hdf", "-o", "all.hdf", "--strict"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.error, "hwdef: files of one name carry different bytes, which --strict refuses\n");
+    EXPECT_EQ(readFile(dir / "all.hdf"), "old");
+    expectError(runCommand(dir.path(), {"merge", "design.hdf"}), "merge: the container to write is missing: -o OUT");
+    expectError(runCommand(dir.path(), {"merge", "design.hdf", "gone.hdf", "-o", "all.hdf"}),
+                "gone.hdf: there is no such file");
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tools {
+
+/// How a run of the command hwdef ended, and what it said.
+struct CommandRun {
+    int exitCode = -1;  ///< -1 when a signal ended it
+    std::string out;
+    std::string error;
+};
+
+/// Runs the command in the directory with these words behind its name. Fails the test when a scratch
+/// directory stays.
+CommandRun runCommand(const std::string& dir, const std::vector<std::string>& words);
+
+/// The same on a terminal of 80 columns; `out` holds all that it shows. `watch`, when given, sees what has
+/// come so far each time something comes, with the process to act on.
+CommandRun runOnTerminal(const std::string& dir, const std::vector<std::string>& words,
+                         const std::vector<std::string>& environment = {},
+                         const std::function<void(const std::string& soFar, int process)>& watch = {});
+
+}  // namespace tools

@@ -1,0 +1,263 @@
+#include "tools/Command.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+
+#include "support/MeasuredChild.h"
+#include "support/TempDir.h"
+#include "tools/Designs.h"
+
+using support::TempDir;
+using tools::CommandRun;
+using tools::runCommand;
+using tools::runOnTerminal;
+
+namespace {
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+std::string errorOf(const std::string& dir, const std::vector<std::string>& words)
+{
+    const CommandRun run = runCommand(dir, words);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.out, "");
+    return run.error;
+}
+
+/// What the command says of a file that holds these bytes.
+std::string kindOf(const std::string& bytes)
+{
+    const TempDir dir;
+    support::writeFile(dir / "x", bytes);
+    return errorOf(dir.path(), {"list", "x"});
+}
+
+std::string isKind(const std::string& kind)
+{
+    return "hwdef: error: x: this is " + kind + ", not a hardware definition container\n";
+}
+
+}  // namespace
+
+TEST(Command, helpsWithVerbsAndExamples)
+{
+    const TempDir dir;
+    const CommandRun run = runCommand(dir.path(), {"--help"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "");
+    EXPECT_TRUE(contains(run.out, "\n  list        List the files of a container\n"));
+    EXPECT_TRUE(contains(run.out, "Examples:\n  hwdef info design.hdf\n"));
+    EXPECT_FALSE(contains(run.out, "_complete"));
+    EXPECT_EQ(runCommand(dir.path(), {"help"}).out, run.out);
+    EXPECT_EQ(runCommand(dir.path(), {"help", "cat"}).out, runCommand(dir.path(), {"cat", "--help"}).out);
+}
+
+TEST(Command, tellsItsVersion)
+{
+    EXPECT_EQ(runCommand("/", {"--version"}).out, "hwdef 1.0.0\n");
+}
+
+TEST(Command, suggestsTheNearestVerb)
+{
+    EXPECT_EQ(errorOf("/", {"lsit"}),
+              "hwdef: error: there is no verb \"lsit\"; did you mean \"list\"?\nTry \"hwdef --help\".\n");
+    EXPECT_EQ(errorOf("/", {"help", "exctract"}),
+              "hwdef: error: there is no verb \"exctract\"; did you mean \"extract\"?\n");
+    EXPECT_EQ(errorOf("/", {"quux"}), "hwdef: error: there is no verb \"quux\"\nTry \"hwdef --help\".\n");
+    EXPECT_EQ(errorOf("/", {}), "hwdef: error: a verb is missing\nTry \"hwdef --help\".\n");
+}
+
+TEST(Command, suggestsTheNearestOption)
+{
+    EXPECT_EQ(errorOf("/", {"list", "--tpye", "BIT", "x"}),
+              "hwdef: error: list: there is no option \"--tpye\"; did you mean \"--type\"?\n"
+              "Try \"hwdef list --help\".\n");
+    EXPECT_EQ(errorOf("/", {"list", "--color=alwyas", "x"}),
+              "hwdef: error: list: --color can't be \"alwyas\", only auto, always, never; did you mean "
+              "\"always\"?\nTry \"hwdef list --help\".\n");
+}
+
+TEST(Command, refusesOperandsThatAreMissingOrTooMany)
+{
+    EXPECT_EQ(errorOf("/", {"list"}), "hwdef: error: list: FILE is required\nTry \"hwdef list --help\".\n");
+    EXPECT_EQ(errorOf("/", {"list", "a", "b"}),
+              "hwdef: error: list: \"b\" is one argument too many\nTry \"hwdef list --help\".\n");
+}
+
+TEST(Command, suggestsTheNearestFileType)
+{
+    EXPECT_EQ(errorOf("/", {"list", "-t", "PS_CONFI", "x"}),
+              "hwdef: error: there is no file type \"PS_CONFI\"; did you mean \"PS_CONFIG\"?\n");
+}
+
+TEST(Command, suggestsTheNearestFile)
+{
+    const TempDir dir;
+    support::writeFile(dir / "design.hdf", "");
+    EXPECT_EQ(errorOf(dir.path(), {"list", "desing.hdf"}),
+              "hwdef: error: desing.hdf: there is no such file; did you mean \"design.hdf\"?\n");
+}
+
+TEST(Command, saysWhatAFileIsInPlaceOfAContainer)
+{
+    EXPECT_EQ(kindOf(""), isKind("an empty file"));
+    EXPECT_EQ(kindOf("\x7f" "ELF\x02\x01"), isKind("an ELF file"));
+    EXPECT_EQ(kindOf("\x1f\x8b\x08"), isKind("a gzip file"));
+    EXPECT_EQ(kindOf("<?xml version=\"1.0\"?><a/>"), isKind("an XML document"));
+    EXPECT_EQ(kindOf("{\"a\": 1}"), isKind("a JSON document"));
+    EXPECT_EQ(kindOf("#!/bin/sh\n"), isKind("a script"));
+    EXPECT_EQ(kindOf("some text\n"), isKind("a text file"));
+    EXPECT_EQ(kindOf(std::string(257, '\0') + "ustar"), isKind("a tar archive"));
+    EXPECT_EQ(kindOf(std::string("\x01\0\x02", 3)),
+              "hwdef: error: x: the file begins with unknown bytes, not a hardware definition container\n");
+    EXPECT_EQ(errorOf("/", {"list", "tmp"}),
+              "hwdef: error: tmp: this is a directory, not a hardware definition container\n");
+    EXPECT_EQ(errorOf("/", {"list", "/dev/null"}),
+              "hwdef: error: /dev/null: this is a device, not a hardware definition container\n");
+}
+
+TEST(Command, saysWhenAnArchiveLacksItsBom)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string bytes = support::readFile(dir / "design.hdf");
+    support::writeFile(dir / "cut.hdf", bytes.substr(0, bytes.size() / 2));
+    EXPECT_EQ(errorOf(dir.path(), {"list", "cut.hdf"}),
+              "hwdef: error: cut.hdf: this is a zip archive without a bill of materials that can be read "
+              "(\"hwdef.xml\" or \"sysdef.xml\" on its top level), not a hardware definition container, or a "
+              "damaged one\n");
+}
+
+TEST(Command, takesOptionsInFrontOfTheVerb)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    EXPECT_EQ(runCommand(dir.path(), {"--json", "list", "design.hdf"}).out,
+              runCommand(dir.path(), {"list", "design.hdf", "--json"}).out);
+}
+
+TEST(Command, showsNoControlCharacterOfAName)
+{
+    EXPECT_EQ(errorOf("/", {"list", "\x1b[31mred"}), "hwdef: error: \\x1b[31mred: there is no such file\n");
+}
+
+TEST(Command, usesColoursOnATerminalOnly)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string red = "\x1b[";
+    EXPECT_TRUE(contains(runOnTerminal(dir.path(), {"list", "design.hdf"}).out, red));
+    EXPECT_FALSE(contains(runCommand(dir.path(), {"list", "design.hdf"}).out, red));
+    EXPECT_TRUE(contains(runCommand(dir.path(), {"list", "--color", "always", "design.hdf"}).out, red));
+    EXPECT_FALSE(contains(runOnTerminal(dir.path(), {"list", "--color=never", "design.hdf"}).out, red));
+    EXPECT_FALSE(contains(runOnTerminal(dir.path(), {"list", "design.hdf"}, {"NO_COLOR=1"}).out, red));
+    EXPECT_FALSE(contains(runOnTerminal(dir.path(), {"list", "design.hdf"}, {"TERM=dumb"}).out, red));
+    EXPECT_FALSE(contains(runOnTerminal(dir.path(), {"list", "design.hdf", "--json"}).out, red));
+}
+
+TEST(Command, failsWhenStandardOutputCantBeWrittenTo)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string script = "cd " + dir.path() + " && " HWDEF_COMMAND " list design.hdf >/dev/full 2>error; echo $?";
+    EXPECT_EQ(std::system(("test \"$(" + script + ")\" = 2").c_str()), 0);
+    EXPECT_EQ(support::readFile(dir / "error"),
+              "hwdef: error: standard output can't be written to: No space left on device\n");
+}
+
+namespace {
+
+/// What processes took that have ended.
+double childrenSeconds()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// A directory with a file that takes more than a second to pack.
+class LongWork {
+public:
+    LongWork()
+    {
+        support::writeFile(dir_ / "old.bit", "old");
+        runCommand(dir_.path(), {"build", "-o", "out.hdf", "old.bit:BIT"});
+        old_ = support::readFile(dir_ / "out.hdf");
+        // Where nothing is stored there is nothing to read; it is packed all the same.
+        support::writeFile(dir_ / "long.bit", "");
+        EXPECT_EQ(::truncate((dir_ / "long.bit").c_str(), off_t{3} << 30), 0);
+    }
+
+    CommandRun build(const std::function<void(const std::string&, int)>& watch) const
+    {
+        return runOnTerminal(dir_.path(), {"build", "-o", "out.hdf", "long.bit:BIT"}, {}, watch);
+    }
+
+    const TempDir& dir() const { return dir_; }
+    const std::string& old() const { return old_; }
+
+private:
+    TempDir dir_;
+    std::string old_;
+};
+
+}  // namespace
+
+TEST(Command, showsProgressOnATerminalAndEndsWithoutATrace)
+{
+    const LongWork work;
+    bool isStopped = false;
+    const CommandRun run = work.build([&](const std::string& soFar, int process) {
+        if (!isStopped && contains(soFar, " left")) {
+            isStopped = true;
+            ::kill(process, SIGINT);
+        }
+    });
+    EXPECT_EQ(run.exitCode, 128 + SIGINT);
+    EXPECT_TRUE(contains(run.out, " of 6.00 GiB  "));
+    EXPECT_TRUE(contains(run.out, "/s  "));
+    EXPECT_TRUE(contains(run.out, "long.bit"));
+    EXPECT_TRUE(contains(run.out, "out.hdf: cancelled after "));
+    EXPECT_EQ(support::readFile(work.dir() / "out.hdf"), work.old());
+    EXPECT_EQ(work.dir().list(), "long.bit old.bit out.hdf");
+}
+
+TEST(Command, showsNoProgressOfShortWork)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    EXPECT_EQ(runOnTerminal(dir.path(), {"extract", "design.hdf", "-C", "out"}).out,
+              "7 files, 5.93 KiB, written to out\r\n");
+}
+
+TEST(Command, startsWithinTenMilliseconds)
+{
+    if (support::isSanitized()) {
+        GTEST_SKIP() << "a sanitizer has to start as well";
+    }
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    // Processor time, which other work on the machine doesn't add to.
+    const auto median = [&](const std::string& command) {
+        std::vector<double> times(21);
+        for (double& time : times) {
+            const double before = childrenSeconds();
+            EXPECT_EQ(std::system(("cd " + dir.path() + " && exec " + command + " >/dev/null").c_str()), 0);
+            time = childrenSeconds() - before;
+        }
+        std::nth_element(times.begin(), times.begin() + 10, times.end());
+        return times[10];
+    };
+    EXPECT_LT(median(HWDEF_COMMAND " list design.hdf") - median("/bin/true"), 0.010);
+}
