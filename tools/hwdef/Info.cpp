@@ -1,11 +1,10 @@
 #include <algorithm>
-#include <charconv>
 #include <map>
-#include <optional>
 
 #include "Container.h"
 #include "PartitionFacts.h"
 #include "Properties.h"
+#include "Resources.h"
 #include "Text.h"
 #include "Verb.h"
 #include "platform/HUTFile.h"
@@ -37,45 +36,6 @@ private:
 };
 
 const Registration<Info> registration;
-
-/// One kind of resource: what the design uses, and what the device offers.
-struct Resource {
-    const char* name;
-    std::string used;
-    std::string available;
-
-    /// Empty when either isn't a number, or nothing is on offer.
-    std::optional<double> percent() const;
-};
-
-std::optional<std::uint64_t> numberIn(const std::string& text)
-{
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
-}
-
-std::optional<double> Resource::percent() const
-{
-    const auto part = numberIn(used);
-    const auto whole = numberIn(available);
-    if (!part || !whole || *whole == 0) {
-        return {};
-    }
-    return 100 * static_cast<double>(*part) / static_cast<double>(*whole);
-}
-
-std::vector<Resource> resourcesOf(const HHDFHwDef& definition)
-{
-    const auto& used = definition.getUsedResourceInfo();
-    const auto& available = definition.getSystemResourceInfo();
-    std::vector<Resource> resources = {{"LUT", used.lut, available.lut},
-                                       {"FF", used.ff, available.ff},
-                                       {"BRAM", used.bram, available.bram},
-                                       {"DSP", used.dsp, available.dsp}};
-    std::erase_if(resources, [](const Resource& one) { return one.used.empty() && one.available.empty(); });
-    return resources;
-}
 
 std::map<std::string, std::uint64_t> countsByType(const Container& container)
 {
@@ -136,13 +96,6 @@ std::string bar(double percent, const Output& output)
     filled = std::max<std::size_t>(filled, percent > 0 ? 1 : 0);
     return "[" + output.paint(styleOf(percent), std::string(filled, '#')) +
            output.paint(Style::DIM, std::string(width - filled, '.')) + "]";
-}
-
-/// One digit behind the point.
-std::string percentText(double percent)
-{
-    const auto tenths = static_cast<std::uint64_t>(percent * 10 + 0.5);
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
 }
 
 void showResources(const HHDFHwDef& definition, Output& output)
