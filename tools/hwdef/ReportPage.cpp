@@ -17,7 +17,7 @@ namespace {
 
 /// So many members have an area and a row of their own.
 constexpr std::size_t mostMembers = 250;
-/// So many partitions, modules and configurations are shown.
+/// So many partitions, modules, configurations and attributes are shown.
 constexpr std::size_t mostBranches = 500;
 constexpr std::size_t mostColours = 8;
 
@@ -34,10 +34,14 @@ std::string badge(const std::string& cssClass, const std::string& text)
 std::string factList(const std::vector<std::pair<std::string, std::string>>& facts)
 {
     std::string list = "<dl class=\"facts\">\n";
-    for (const auto& [name, value] : facts) {
-        list += "<dt>" + html(name) + "</dt><dd>" + html(value) + "</dd>\n";
+    const std::size_t shown = std::min(facts.size(), mostBranches);
+    for (std::size_t i = 0; i < shown; ++i) {
+        list += "<dt>" + html(facts[i].first) + "</dt><dd>" + html(facts[i].second) + "</dd>\n";
     }
-    return list + "</dl>\n";
+    const std::string more = shown < facts.size()
+                                 ? "<p class=\"soft\">" + std::to_string(facts.size() - shown) + " more</p>\n"
+                                 : "";
+    return list + "</dl>\n" + more;
 }
 
 std::string tile(const std::string& value, const std::string& name)
@@ -359,12 +363,13 @@ std::string bodyOf(const ReportFacts& facts)
 
 std::string reportPage(const ReportFacts& facts)
 {
-    // The policy keeps any browser from asking a network, whatever stands in the page.
-    return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+    // The policy keeps any browser from asking a network, whatever stands in the page. All elements are
+    // closed, so that XML parsers read it as well.
+    return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n"
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
-           "'unsafe-inline'\">\n"
-           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-           "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
+           "'unsafe-inline'\"/>\n"
+           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
+           "<meta name=\"color-scheme\" content=\"light dark\"/>\n<title>" +
            html(HUTFile(facts.path).name()) + "</title>\n<style>" + reportStyle +
            "</style>\n</head>\n<body>\n<main>\n" + bodyOf(facts) + "</main>\n</body>\n</html>\n";
 }

@@ -6,7 +6,7 @@ constexpr const char* reportStyle = R"(
 :root { color-scheme: light dark;
   --page: #f6f7f9; --card: #ffffff; --text: #1c2129; --soft: #5b6472; --line: #dde1e7; --track: #e8ebef;
   --good: #1a7f4b; --warn: #9a6700; --bad: #c0293a; --info: #0b69a3; --on: #ffffff;
-  --c0: #0072b2; --c1: #d55e00; --c2: #008f6b; --c3: #9b4d84; --c4: #7a6a00; --c5: #3f6fd1; --c6: #a8464a;
+  --c0: #0072b2; --c1: #b84f00; --c2: #007a5c; --c3: #9b4d84; --c4: #7a6a00; --c5: #3f6fd1; --c6: #a8464a;
   --c7: #4f7d2b; --c8: #6b7280; }
 @media (prefers-color-scheme: dark) { :root {
   --page: #12151a; --card: #1b2027; --text: #e6e9ee; --soft: #9aa4b2; --line: #2d343e; --track: #2a313a;
