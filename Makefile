@@ -7,16 +7,18 @@ LOG := build/$(PRESET).configure.log
 SECONDS ?= 60
 VERSION := $(shell sed -n 's/.*hwdef VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 PREFIX ?= /usr/local
+SOURCES := git ls-files '*.h' '*.cpp' | grep -v '^examples/drivers/tree/'
 BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install deb abi abi-record docs lint format-check tarball bench bench-smoke \
+.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install deb abi abi-record docs pages lint format format-check tarball tarball-check \
+    compilers bench bench-smoke \
     bench-build packages configure clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z][a-z-]*\):.*## /\1|/p' $(MAKEFILE_LIST) | while IFS='|' read -r name what; do \
-	    printf '  make %-11s %s\n' "$$name" "$$what"; done
+	    printf '  make %-14s %s\n' "$$name" "$$what"; done
 
 demo: configure ## Build containers from real design files, open, check and damage them
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target examples
@@ -83,18 +85,34 @@ docs: ## Make the HTML manual of the public headers; fails on a warning
 	@sh packaging/install-packages.sh packaging/docs-packages.txt
 	@sh packaging/docs.sh $(VERSION) build/docs
 
+pages: configure ## Write anew what the pages take from the code
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target pages
+
 lint: configure ## Judge the sources by .clang-tidy
 	@sh packaging/install-packages.sh packaging/lint-packages.txt
 	@sh packaging/lint.sh $(BUILD) $(JOBS)
 
+format: ## Write the sources as clang-format wants them
+	@$(SOURCES) | xargs clang-format -i
+
 format-check: ## Tell which sources clang-format would change
 	@sh packaging/install-packages.sh packaging/lint-packages.txt
-	@git ls-files '*.h' '*.cpp' | grep -v ^examples/drivers/tree | xargs clang-format --dry-run --Werror
+	@$(SOURCES) | xargs clang-format --dry-run --Werror
 
-tarball: ## Pack the sources of this commit, to be built without git
+compilers: ## Build all with g++ and clang, optimised and not; a warning is a failure
+	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/fuzz-packages.txt
+	@for preset in ci gcc-debug clang clang-debug; do cmake --preset $$preset >/dev/null && \
+	    cmake --build --preset $$preset -j $(JOBS) || exit 1; done
+
+tarball: ## Pack the sources of this commit
 	@mkdir -p build
 	@git archive --prefix=hwdef-$(VERSION)/ -o build/hwdef-$(VERSION).tar.gz HEAD
 	@echo build/hwdef-$(VERSION).tar.gz
+
+tarball-check: tarball ## Build the packed sources, which need no git, and run the demo
+	@rm -rf build/tarball && mkdir build/tarball
+	@tar -C build/tarball -xzf build/hwdef-$(VERSION).tar.gz
+	@$(MAKE) --no-print-directory -C build/tarball/hwdef-$(VERSION) demo
 
 bench: bench-build ## Measure everything against other tools and write docs/performance.md (half an hour)
 	@$(BENCH_RUN) --results $(BENCH)/results.json

@@ -12,6 +12,11 @@ cd "$work"
 say() { printf '\n== %s\n' "$1"; }
 fail() { echo "failed: $1" >&2; exit 1; }
 
+say "The shortest producer and consumer"
+"$bin/first_producer" first.hdf "$built/blinky.hwh" "$built/blinky.bit"
+"$bin/first_consumer" first.hdf blinky.bit out-first.bit
+cmp "$built/blinky.bit" out-first.bit || fail "the extracted bitstream differs"
+
 say "A producer packs the blinky design"
 "$bin/blinky_producer" "$built" one-call.hdf blinky.hdf
 

@@ -1,0 +1,19 @@
+// The shortest consumer: usage: first_consumer CONTAINER MEMBER DESTINATION
+#include <hwdef/hwdef.h>
+
+#include <iostream>
+
+int main(int argc, char** argv)
+{
+    const auto definition = argc == 4 ? HHDFHwDefUtils::getHDF(argv[1], /*checkIntegrity=*/true) : nullptr;
+    if (definition == nullptr) {
+        return 1;  // the reason was sent as a message
+    }
+    std::vector<std::string> names;
+    definition->getBomFiles(names);
+    std::cout << definition->getPart() << ":\n";
+    for (const std::string& name : names) {
+        std::cout << "  " << name << "\n";
+    }
+    return HHDFHwDefUtils::writeFileFromHDF(argv[3], argv[2], argv[1]) ? 0 : 1;
+}
