@@ -20,23 +20,29 @@ public:
     JsonWriter(const JsonWriter&) = delete;
     JsonWriter& operator=(const JsonWriter&) = delete;
 
+    /// Begins an object, the document's own or a nested one, or an array.
+    /// @{
     void beginObject();
     void beginObject(std::string_view key);
     void beginArray(std::string_view key);
+    /// @}
     /// Ends the object or array begun last.
     void end();
 
+    /// Adds a text, a number or a truth value.
+    /// @{
     void add(std::string_view key, std::string_view text);
     void add(std::string_view key, const char* text) { add(key, std::string_view(text)); }
     void add(std::string_view key, const std::string& text) { add(key, std::string_view(text)); }
     void add(std::string_view key, std::uint64_t number);
     void add(std::string_view key, bool value);
+    /// @}
 
     /// What was written.
     std::string text() const;
 
 private:
-    class Impl;
+    class HWDEF_LOCAL Impl;
     std::unique_ptr<Impl> impl_;
 };
 

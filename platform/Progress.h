@@ -34,6 +34,7 @@ using ProgressFunction = std::function<bool(const Progress&)>;
 /// were exported or extracted as files before stay. Without a watch nothing is counted.
 class HWDEF_API ProgressWatch {
 public:
+    /// From now on `function` is told.
     explicit ProgressWatch(ProgressFunction function);
     ~ProgressWatch();
     ProgressWatch(const ProgressWatch&) = delete;

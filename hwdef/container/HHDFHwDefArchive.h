@@ -24,7 +24,7 @@ public:
 
     /// One member of an archive that is to be written.
     struct Part {
-        std::string name;
+        std::string name;  ///< bytes as they will be stored
         std::string file;  ///< where its content lies on disk; empty for the present archive's member
     };
 
@@ -57,6 +57,6 @@ public:
                       const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest);
 
 private:
-    class Impl;
+    class HWDEF_LOCAL Impl;
     std::unique_ptr<Impl> impl_;
 };

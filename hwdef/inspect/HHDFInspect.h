@@ -18,6 +18,7 @@ public:
 
     // --- Findings.
 
+    /// How much of a container is looked at.
     enum class Level {
         QUICK,  ///< the archive's structure and the BOM: no member but the BOM is read
         FULL,   ///< and every byte: CRC-32 of members, recorded digests, the archive's digest
@@ -80,9 +81,12 @@ public:
     /// Grows when a member of a document goes or changes its meaning, not when one is added.
     static constexpr unsigned JSON_VERSION = 1;
 
+    /// The document of one result, with what it is the result of.
+    /// @{
     static std::string toJson(const std::string& path, Level level, const std::vector<HHDFFinding>& findings);
     static std::string toJson(const std::string& first, const std::string& second,
                               const std::vector<HHDFDifference>& differences);
     static std::string digestsToJson(const std::string& path, const std::string& contentDigest,
                                      const std::string& fileDigest);
+    /// @}
 };

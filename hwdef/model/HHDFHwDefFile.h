@@ -20,8 +20,10 @@ class HWDEF_API HHDFHwDefFile {
 public:
     /// An entry for the file at `path`, of type UNKNOWN and role UNKNOWN_BD, with no hierarchy path,
     /// container path, source database or attributes. An empty path gives an entry without a file.
+    /// @{
     explicit HHDFHwDefFile(const std::string& path);
     explicit HHDFHwDefFile(std::string&& path);
+    /// @}
     /// A copy for the other entry's canonical path, with all its fields and attributes. Belongs to no
     /// BOM list.
     HHDFHwDefFile(const HHDFHwDefFile& other);
