@@ -41,6 +41,10 @@ mkdir "$work/data"
 LD_LIBRARY_PATH=$library "$work/consumer" "$work/data" "$(pkg-config --modversion hwdef)"
 if [ -x "$root/usr/bin/hwdef" ]; then
     LD_LIBRARY_PATH=$library "$root/usr/bin/hwdef" --version
+    for file in share/man/man1/hwdef.1.gz share/bash-completion/completions/hwdef \
+        share/zsh/vendor-completions/_hwdef; do
+        [ -f "$root/usr/$file" ] || fail "there is no $file"
+    done
 fi
 
 # An upgrade to a version that lacks a file: the file goes, too.
