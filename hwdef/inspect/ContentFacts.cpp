@@ -146,6 +146,7 @@ void ContentFacts::addFiles()
     std::vector<HHDFHwDefFile*> files;
     definition_->getBomFiles(files);
     std::vector<FileFacts> sorted;
+    sorted.reserve(files.size());
     for (const HHDFHwDefFile* file : files) {
         sorted.push_back(factsOf(*file));
     }
