@@ -37,11 +37,11 @@ class Scale:
 
 
 def bitstreams(built, target, total):
-    """Bitstreams of several seeds, alone and joined as a chain of devices is loaded.
+    """Bitstreams of several seeds and two devices, alone and joined as a chain of devices is loaded.
 
     A chain's bitstreams begin at different offsets of the frame memory, so no two files are alike.
     """
-    seeds = [built.joinpath(name).read_bytes() for name in ("blinky.bit", "blinky_seed2.bit")]
+    seeds = [path.read_bytes() for path in sorted(built.glob("*.bit"))]
     chooser = random.Random(1)
     lengths = [1, 1, 2, 3, 8, 16, 32, 60]
     written = number = 0

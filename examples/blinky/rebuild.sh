@@ -43,16 +43,24 @@ yosys -q -p "
     json -o $out/blinky.netlist.json
 "
 
-place_and_route() { # seed, bitstream
-    nextpnr-ice40 -q "--$device" --package "$package" --seed "$1" \
-        --json "$out/blinky.netlist.json" --pcf src/blinky.pcf --asc "$scratch/$1.asc" \
-        --report "$scratch/$1.report" --log "$scratch/$1.log"
-    icepack "$scratch/$1.asc" "$out/$2"
+place_and_route() { # seed, bitstream, device and pins
+    seed=$1 bitstream=$2
+    shift 2
+    nextpnr-ice40 -q "$@" --seed "$seed" --json "$out/blinky.netlist.json" --asc "$scratch/$bitstream.asc" \
+        --report "$scratch/$bitstream.report" --log "$scratch/$bitstream.log"
+    icepack "$scratch/$bitstream.asc" "$out/$bitstream"
 }
-place_and_route 1 blinky.bit
-place_and_route 2 blinky_seed2.bit
+for seed in 1 2 3 4; do
+    name=blinky_seed$seed.bit
+    [ $seed != 1 ] || name=blinky.bit
+    place_and_route $seed $name "--$device" --package "$package" --pcf src/blinky.pcf
+done
+# For a smaller device too, whose pins are chosen freely: what is measured needs bitstreams of other sizes.
+for seed in 1 2; do
+    place_and_route $seed blinky_hx1k_seed$seed.bit --hx1k --package tq144
+done
 
-python3 tools/resources.py "$scratch/1.report" "$scratch/1.log" "$out/resources.json"
+python3 tools/resources.py "$scratch/blinky.bit.report" "$scratch/blinky.bit.log" "$out/resources.json"
 python3 tools/handoff.py "$out/blinky.netlist.json" "$out/device.json" "$out/blinky.hwh"
 python3 tools/params.py "$out/blinky.netlist.json" "$out/blinky_params.json"
 python3 tools/init_source.py "$out/blinky.hwh" "$out/blinky_init.c"
