@@ -172,7 +172,8 @@ void addOpening()
 {
     xmlInitParser();
     for (const auto& [workload, count, runs] :
-         {std::tuple("open/medium", sizes()[1], 20), std::tuple("open/large", sizes()[2], 3)}) {
+         {std::tuple("open/small", sizes()[0], 500), std::tuple("open/medium", sizes()[1], 20),
+          std::tuple("open/large", sizes()[2], 3)}) {
         compare(workload, "hwdef", runs, [count = count] { return openTask(count); });
         compare(workload, "libzip + libxml2 tree", runs,
                 [count = count] { return plainTask(count, parseTree); });

@@ -113,6 +113,7 @@ WORKLOADS = [
     Workload("pack-random", "Pack random data", ["wall", "cpu", "size"], [at_least(5, "hwdef", TOOLS, "wall")]),
     Workload("export", "Export everything to a directory", ["wall", "cpu"],
              [at_least(2.2, "hwdef", ["unzip", "bsdtar", "7z", "python zipfile"], "wall")]),
+    Workload("open/small", "Open 100 entries, in process", ["wall", "cpu"]),
     *(Workload(f"open/{size}", f"Open {count} entries, in process", ["wall", "cpu"],
                [at_least(5, "hwdef", XML_PEERS, "wall")]) for size, count in SIZES),
     *(Workload(f"open-python/{size}", f"Open {count} entries, against python", TASK_ALONE,
