@@ -126,8 +126,9 @@ bool HHDFHwDefArchive::hasDigest() const
     return !ArchiveDigest::recordedIn(impl_->comment_).empty();
 }
 
-void HHDFHwDefArchive::extract(const std::string& name, const std::string& dir) const
+void HHDFHwDefArchive::extract(const std::string& name, const std::string& directory) const
 {
+    const std::string dir = directory.empty() ? "." : directory;
     const Entry& entry = impl_->entry(name);
     const std::string objection = SafePath(dir).objection(name);
     if (!objection.empty()) {

@@ -44,9 +44,9 @@ public:
     /// Whether an archive digest is recorded; HUTZip::checkIntegrity tells whether it holds.
     bool hasDigest() const;
 
-    /// Writes a member to the file of its name below `dir`; directories are made. The file appears whole
-    /// or not at all, and takes the place of a link. Throws HEXAll when there is no such member, when its
-    /// name leads out of `dir`, and when it can't be read or written.
+    /// Writes a member to the file of its name below `dir`, the working directory when that is empty;
+    /// directories are made. It appears whole or not at all, and takes the place of a link. Throws HEXAll
+    /// when there is no such member, its name leads out of `dir`, or it can't be read or written.
     void extract(const std::string& name, const std::string& dir) const;
 
     /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the

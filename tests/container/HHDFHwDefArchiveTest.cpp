@@ -1,12 +1,15 @@
 #include "hwdef/container/HHDFHwDefArchive.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <functional>
 
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
 #include "platform/iostreams/zip.h"
+#include "support/ChildProcess.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
 #include "support/ZipBuilder.h"
@@ -147,4 +150,15 @@ TEST(HHDFHwDefArchive, extractsBelowTheDirectoryOnly)
     EXPECT_FALSE(support::exists(dir / "to/out"));
     EXPECT_EQ(whyNot([&] { archive.extract("none", dir.path()); }),
               dir / "a.hdf" + ": there is no member \"none\"");
+}
+
+TEST(HHDFHwDefArchive, extractsToTheWorkingDirectoryWithoutAnother)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "a.hdf", {{"b.elf", "b"}});
+    const int status = support::inChild([&] {
+        std::exit(::chdir(dir.path().c_str()) == 0 ? (HHDFHwDefArchive("a.hdf").extract("b.elf", ""), 0) : 1);
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(support::readFile(dir / "b.elf"), "b");
 }
