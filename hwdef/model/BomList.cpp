@@ -120,7 +120,7 @@ void BomList::add(std::unique_ptr<HHDFHwDefFile> file)
         // Entries read from one container all name it: one text serves them.
         file->hwDefFilePath_ = before->hwDefFilePath_;
     }
-    file.release();
+    static_cast<void>(file.release());  // the slot owns it now
 }
 
 std::unique_ptr<HHDFHwDefFile> BomList::remove(const HHDFHwDefFile* file)
