@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <filesystem>
 
@@ -14,17 +16,72 @@ using support::Operation;
 
 namespace {
 
+constexpr unsigned transfers =
+    FailingSystemCalls::READ | FailingSystemCalls::WRITE | FailingSystemCalls::COPY;
+
 /// Descriptors that this process has open, however they were opened.
 std::ptrdiff_t openDescriptors()
 {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
+/// Calls of which one transfer is short: it gives or takes half of the bytes that it could.
+class HalvedTransfer : public FailingSystemCalls {
+public:
+    /// Halves the n-th transfer from now on; `halved` counts it if it had a half.
+    void halve(unsigned nth, unsigned& halved)
+    {
+        left_ = nth;
+        halved_ = &halved;
+    }
+
+    ssize_t read(int file, void* buffer, std::size_t size) override
+    {
+        const ssize_t done = FailingSystemCalls::read(file, buffer, size);
+        const ssize_t given = next(done);
+        if (given < done) {
+            ::lseek(file, given - done, SEEK_CUR);
+        }
+        return given;
+    }
+    ssize_t pread(int file, void* buffer, std::size_t size, off_t offset) override
+    {
+        return next(FailingSystemCalls::pread(file, buffer, size, offset));
+    }
+    ssize_t write(int file, const void* buffer, std::size_t size) override
+    {
+        return FailingSystemCalls::write(file, buffer, next(size));
+    }
+    ssize_t pwrite(int file, const void* buffer, std::size_t size, off_t offset) override
+    {
+        return FailingSystemCalls::pwrite(file, buffer, next(size), offset);
+    }
+    ssize_t copyFileRange(int from, off_t* fromOffset, int to, off_t* toOffset, std::size_t size) override
+    {
+        return FailingSystemCalls::copyFileRange(from, fromOffset, to, toOffset, next(size));
+    }
+
+private:
+    /// What becomes of this many bytes of the next transfer.
+    template <typename Bytes>
+    Bytes next(Bytes bytes)
+    {
+        if (left_ == 0 || --left_ > 0 || bytes < Bytes{2}) {
+            return bytes;
+        }
+        ++*halved_;
+        return bytes / 2;
+    }
+
+    unsigned left_ = 0;
+    unsigned* halved_ = nullptr;
+};
+
 class FailedCalls : public testing::TestWithParam<Operation> {
 protected:
     /// Runs the operation once for each n, `disturb` having said what becomes of the n-th call, until n
     /// is beyond its last one; expects each time that nothing is lost or left over.
-    template <typename Disturb>
+    template <typename Calls = FailingSystemCalls, typename Disturb>
     void sweep(Disturb disturb)
     {
         for (unsigned nth = 1;; ++nth) {
@@ -35,7 +92,7 @@ protected:
             unsigned made = 0;
             bool removalFailed = false;
             {
-                FailingSystemCalls calls;
+                Calls calls;
                 disturb(calls, nth);
                 outcome = aftermath_.run();
                 made = calls.count();
@@ -106,11 +163,27 @@ TEST_P(FailedCalls, thatASignalInterruptsAreRepeated)
     EXPECT_GE(calls.count(repeated), 4U);
 }
 
-TEST_P(FailedCalls, thatTransferOneByteAreContinued)
+TEST_P(FailedCalls, ofWhichOneTransfersOneByteAreContinued)
 {
-    sweep([](FailingSystemCalls& calls, unsigned nth) {
-        calls.shorten(FailingSystemCalls::READ | FailingSystemCalls::WRITE | FailingSystemCalls::COPY, nth,
-                      1);
-    });
+    sweep([](FailingSystemCalls& calls, unsigned nth) { calls.shorten(transfers, nth, 1); });
     EXPECT_EQ(reported_, 0U);
+}
+
+TEST_P(FailedCalls, ofWhichOneTransfersHalfAreContinued)
+{
+    unsigned halved = 0;
+    sweep<HalvedTransfer>([&](HalvedTransfer& calls, unsigned nth) { calls.halve(nth, halved); });
+    EXPECT_EQ(reported_, 0U);
+    EXPECT_GE(halved, 2U);
+    RecordProperty("halved", static_cast<int>(halved));
+}
+
+TEST_P(FailedCalls, thatAllTransferOneByteAreContinued)
+{
+    FailingSystemCalls calls;
+    calls.shortenAll(transfers, 1);
+    const Aftermath::Outcome outcome = aftermath_.run();
+    EXPECT_FALSE(outcome.isReported()) << outcome.messages;
+    aftermath_.expectOldOrNew(outcome);
+    EXPECT_GE(calls.count(transfers), 50U);
 }
