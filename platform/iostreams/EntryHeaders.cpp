@@ -352,15 +352,18 @@ std::uint32_t modificationTime()
 bool needsUtf8Flag(std::string_view name)
 {
     namespace utf = boost::locale::utf;
-    bool ascii = true;
+    const bool ascii =
+        std::all_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (ascii) {
+        return false;
+    }
     for (auto at = name.begin(); at != name.end();) {
         const utf::code_point point = utf::utf_traits<char>::decode(at, name.end());
         if (point == utf::illegal || point == utf::incomplete) {
             return false;
         }
-        ascii = ascii && point < 0x80;
     }
-    return !ascii;
+    return true;
 }
 
 }  // namespace iostreams::zip
