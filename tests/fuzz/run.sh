@@ -12,7 +12,7 @@ run_one() {
     if "$dir/fuzz_$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -max_len=16384 \
         -dict="$here/$dictionary.dict" -artifact_prefix="$dir/failed/$target-" \
         "$dir/corpus/$target" "$dir/seeds/$target" >"$dir/logs/$target" 2>&1; then
-        echo "$target: $(tail -n 1 "$dir/logs/$target"), $(grep -o 'cov: [0-9]*' "$dir/logs/$target" | tail -n 1)"
+        echo "$target: $(tail -n 1 "$dir/logs/$target"), $(grep -a -o 'cov: [0-9]*' "$dir/logs/$target" | tail -n 1)"
     else
         tail -n 40 "$dir/logs/$target"
         echo "$target: failed, see $dir/failed"
