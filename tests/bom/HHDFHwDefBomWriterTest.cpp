@@ -6,13 +6,14 @@
 #include <sstream>
 
 #include "hwdef/model/HHDFHwDefImp.h"
-#include "platform/HPAParamMgr.h"
 #include "support/BomDocument.h"
 #include "support/Messages.h"
+#include "support/Parameter.h"
 #include "support/TempDir.h"
 
 using support::definition;
 using support::outline;
+using support::Parameter;
 using support::writtenBom;
 
 namespace {
@@ -29,21 +30,6 @@ std::string linesWith(const HHDFHwDef& def, const std::string& text)
     }
     return lines;
 }
-
-/// Sets a parameter for one test.
-class Parameter {
-public:
-    Parameter(std::string name, const std::string& value) : name_(std::move(name))
-    {
-        HPAParamMgr::getParamMgr()->setValue(name_, value);
-    }
-    ~Parameter() { HPAParamMgr::getParamMgr()->removeValue(name_); }
-    Parameter(const Parameter&) = delete;
-    Parameter& operator=(const Parameter&) = delete;
-
-private:
-    std::string name_;
-};
 
 struct Grouping : std::numpunct<char> {
     char do_thousands_sep() const override { return ','; }

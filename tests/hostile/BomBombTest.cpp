@@ -8,7 +8,6 @@
 #include <ostream>
 
 #include "hwdef/utils/HHDFHwDefUtils.h"
-#include "platform/HPAParamMgr.h"
 #include "support/Container.h"
 #include "support/MeasuredChild.h"
 #include "support/Messages.h"
