@@ -1,5 +1,4 @@
 #include "platform/ArchiveDigest.h"
-#include "platform/Buffer.h"
 
 #include <openssl/evp.h>
 
@@ -7,6 +6,7 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/Buffer.h"
 #include "platform/CryptoErrorMark.h"
 #include "platform/ProgressWork.h"
 

@@ -1,4 +1,3 @@
-#include "platform/Buffer.h"
 #include "platform/HUTCoreContainer.h"
 
 #include <fcntl.h>
@@ -8,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "platform/Buffer.h"
 #include "platform/HUTFile.h"
 #include "platform/Progress.h"
 #include "platform/ReplacementFile.h"
