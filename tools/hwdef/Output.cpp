@@ -1,6 +1,5 @@
 #include "Output.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
@@ -84,13 +83,6 @@ void Output::lines(const std::vector<std::string>& all)
 std::string Output::paint(Style style, std::string_view text) const
 {
     return isColoured_ ? painted(style, text) : std::string(text);
-}
-
-std::size_t Output::width() const
-{
-    winsize size{};
-    const bool isKnown = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return isKnown ? size.ws_col : 80;
 }
 
 void Output::finish()

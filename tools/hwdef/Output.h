@@ -28,8 +28,6 @@ public:
     void lines(const std::vector<std::string>& all);
     /// The text with what a terminal needs to show it so; unchanged where no colours are wanted.
     std::string paint(Style style, std::string_view text) const;
-    /// How many columns a line may have; 80 when standard output isn't a terminal.
-    std::size_t width() const;
 
     /// Writes all to standard output; throws CommandError when that fails.
     void finish();
