@@ -1,5 +1,5 @@
-#include "platform/Buffer.h"
 #include "platform/File.h"
+#include "platform/Buffer.h"
 
 #include <string.h>  // strerrordesc_np
 

@@ -52,8 +52,7 @@ std::string_view lastComponent(std::string_view path)
 {
     const std::string_view trimmed = withoutTrailingSeparators(path);
     // The C library's search, many bytes at a time; string_view's goes one by one.
-    const auto* const last =
-        static_cast<const char*>(memrchr(trimmed.data(), separator, trimmed.size()));
+    const auto* const last = static_cast<const char*>(memrchr(trimmed.data(), separator, trimmed.size()));
     return last ? trimmed.substr(static_cast<std::size_t>(last + 1 - trimmed.data())) : trimmed;
 }
 

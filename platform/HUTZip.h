@@ -18,8 +18,8 @@ public:
 
     /// How compress treats the archive path; the values may be added up.
     enum ZIP_OPTIONS : std::uint32_t {
-        ZIP_REPLACE = 0x02,     ///< an archive already there is replaced
-        ZIP_NAME_ONLY = 0x20,   ///< the member is named by the file's last component, else by the path
+        ZIP_REPLACE = 0x02,    ///< an archive already there is replaced
+        ZIP_NAME_ONLY = 0x20,  ///< the member is named by the file's last component, else by the path
         ZIP_DEFAULT = 0x22,
     };
 

@@ -17,7 +17,8 @@ struct Progress {
 };
 
 /// Is told after each piece of work, at most some MiB apart; false cancels the call. What it throws
-/// passes through the library to the caller, but for what derives from HEXAll, which it must not throw. It may call the library itself: that is not reported.
+/// passes through the library to the caller, but for what derives from HEXAll, which it must not throw. It
+/// may call the library itself: that is not reported.
 using ProgressFunction = std::function<bool(const Progress&)>;
 
 /// While it lives, calls of the thread that made it report to a function; of several the innermost one

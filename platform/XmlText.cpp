@@ -169,7 +169,8 @@ XmlParts boundXmlParts(std::string_view document)
     XmlParts parts;
     parts.texts = 1;  // in front of everything
     std::size_t quotes = 0;
-    const std::size_t size = document.empty() ? 0 : document.size() - 1;  // nothing follows the last character
+    const std::size_t size =
+        document.empty() ? 0 : document.size() - 1;  // nothing follows the last character
     for (std::size_t begin = 0; begin < size; begin += stretch) {
         const std::size_t end = std::min(begin + stretch, size);
         std::uint8_t elements = 0;

@@ -30,7 +30,8 @@ void show(const HHDFHwDef& definition)
     definition.getBomFiles(files);
     for (const HHDFHwDefFile* file : files) {
         std::cout << "  " << std::setw(14) << std::left
-                  << HHDFHwDefFileTypes::getHWHFileTypeStr(file->getFileType()) << file->getFileName() << "\n";
+                  << HHDFHwDefFileTypes::getHWHFileTypeStr(file->getFileType()) << file->getFileName()
+                  << "\n";
     }
 }
 

@@ -13,9 +13,9 @@ using Files = std::vector<std::pair<std::string, Types::HWHFileType>>;
 Files filesOf(const std::string& built)
 {
     return {
-        {built + "/blinky.hwh", Types::HW_HANDOFF},          {built + "/blinky.bit", Types::BIT},
-        {built + "/blinky_seed2.bit", Types::PARTIAL_BIT},   {built + "/blinky_init.c", Types::PS_FSBL_INIT},
-        {built + "/blinky_params.json", Types::PS_CONFIG},   {built + "/blinky.netlist.json", Types::PLATFORM},
+        {built + "/blinky.hwh", Types::HW_HANDOFF},        {built + "/blinky.bit", Types::BIT},
+        {built + "/blinky_seed2.bit", Types::PARTIAL_BIT}, {built + "/blinky_init.c", Types::PS_FSBL_INIT},
+        {built + "/blinky_params.json", Types::PS_CONFIG}, {built + "/blinky.netlist.json", Types::PLATFORM},
     };
 }
 
@@ -28,8 +28,11 @@ boost::property_tree::ptree json(const std::string& path)
 
 HHDFHwDef::HHDFResourceInfo counts(const boost::property_tree::ptree& tree)
 {
-    return {tree.get<std::string>("LUT"), tree.get<std::string>("FF"), tree.get<std::string>("BRAM"),
-            tree.get<std::string>("DSP"), {}};
+    return {tree.get<std::string>("LUT"),
+            tree.get<std::string>("FF"),
+            tree.get<std::string>("BRAM"),
+            tree.get<std::string>("DSP"),
+            {}};
 }
 
 /// Everything in one call.

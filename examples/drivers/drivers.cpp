@@ -15,8 +15,8 @@ void addTree(HHDFHwDef& definition, const fs::path& tree)
     for (const fs::directory_entry& driver : fs::directory_iterator(tree / "drivers")) {
         for (const fs::directory_entry& file : fs::recursive_directory_iterator(driver.path())) {
             if (fs::is_regular_file(file.status())) {
-                definition.addDriverFileToBom("example.org:ip:" + driver.path().filename().string(), tree.string(),
-                                              fs::relative(file.path(), tree).string(), "");
+                definition.addDriverFileToBom("example.org:ip:" + driver.path().filename().string(),
+                                              tree.string(), fs::relative(file.path(), tree).string(), "");
             }
         }
     }

@@ -23,5 +23,6 @@ int main(int argc, char** argv)
     expect(read->getDriverFilesMap().size() ==
                first->getDriverFilesMap().size() + second->getDriverFilesMap().size(),
            "the drivers of both");
-    std::cout << argv[3] << ": " << names.size() << " files, " << read->getDriverFilesMap().size() << " drivers\n";
+    std::cout << argv[3] << ": " << names.size() << " files, " << read->getDriverFilesMap().size()
+              << " drivers\n";
 }

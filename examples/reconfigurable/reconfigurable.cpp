@@ -6,7 +6,8 @@
 
 namespace {
 
-void addModule(HHDFHwDef& definition, std::string partition, std::string module, std::string file, bool isDefault)
+void addModule(HHDFHwDef& definition, std::string partition, std::string module, std::string file,
+               bool isDefault)
 {
     definition.addPartitionInfo(partition, module, file, isDefault);
 }
@@ -35,10 +36,12 @@ int main(int argc, char** argv)
     const auto read = HHDFHwDefUtils::getHDF(argv[1]);
     expect(read != nullptr, "opening the container");
     expect(read->getPartitionInfo().size() == 2, "two partitions");
-    expect(read->getPartitionInfo().at("top/filter")->getRmToFilesMap().size() == 2, "two modules of the filter");
+    expect(read->getPartitionInfo().at("top/filter")->getRmToFilesMap().size() == 2,
+           "two modules of the filter");
     expect(read->getPartitionInfo().at("top/filter")->getDefaultRmName() == "rm_fir", "the default module");
     const auto& configurations = read->getPartitionConfigs();
-    expect(configurations.size() == 2 && configurations.at("config_fir")->isActive(), "an active configuration");
+    expect(configurations.size() == 2 && configurations.at("config_fir")->isActive(),
+           "an active configuration");
     expect(configurations.at("config_iir")->getGrayBoxCells() == std::vector<std::string>{"top/link"},
            "the gray box");
     read->printPartitionInfo();

@@ -111,8 +111,8 @@ private:
 
     HHDFHwDef* def_;
     HXMLWElement* root_;
-    std::set<std::string> walkedSources_;           ///< driver sources of the BOM, links resolved
-    std::string typeToken_;                         ///< of the File before, which is mostly the next one's
+    std::set<std::string> walkedSources_;  ///< driver sources of the BOM, links resolved
+    std::string typeToken_;                ///< of the File before, which is mostly the next one's
     HHDFHwDef::FileType type_ = HHDFHwDefFileTypes::UNKNOWN;
     std::shared_ptr<const std::string> container_;  ///< its path, for all entries, once one was read
 };

@@ -30,8 +30,7 @@ bool isOtherBom(const HHDFHwDefImp& def, std::string_view name)
 /// Carries comment and members of the archive that is there over, except what was written anew.
 void keepOtherMembers(const HHDFHwDefImp& def, const ArchiveReader& present, ArchiveWriter& archive)
 {
-    archive.setComment(
-        platform::ArchiveDigest::withoutDigest(present.endRecord().comment));
+    archive.setComment(platform::ArchiveDigest::withoutDigest(present.endRecord().comment));
     for (const Entry& entry : present.entries()) {
         const bool isListedAgain = present.find(entry.name)->record.data() != entry.record.data();
         if (isListedAgain || archive.contains(entry.name)) {

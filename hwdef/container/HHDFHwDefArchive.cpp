@@ -43,8 +43,7 @@ std::int64_t modifiedOf(const Entry& entry)
 
 class HHDFHwDefArchive::Impl {
 public:
-    explicit Impl(const std::string& path)
-        : reader_(path), comment_(reader_.endRecord().comment)
+    explicit Impl(const std::string& path) : reader_(path), comment_(reader_.endRecord().comment)
     {
         for (const Entry& entry : reader_.entries()) {
             if (reader_.find(entry.name)->record.data() == entry.record.data()) {
@@ -92,7 +91,7 @@ void expectParts(const std::vector<HHDFHwDefArchive::Part>& parts, const HHDFHwD
     for (const HHDFHwDefArchive::Part& part : parts) {
         const auto* const member = present == nullptr ? nullptr : present->find(part.name);
         boost::system::error_code error;
-        const std::uint64_t bytes = !part.file.empty()   ? boost::filesystem::file_size(part.file, error)
+        const std::uint64_t bytes = !part.file.empty()  ? boost::filesystem::file_size(part.file, error)
                                     : member != nullptr ? member->packedBytes
                                                         : 0;
         platform::ProgressWork::expect(error ? 0 : bytes);

@@ -61,7 +61,8 @@ std::string readBom(const ArchiveReader& archive, const Entry& entry)
 /// "." of the whole path, of a directory's name too.
 std::string unzipDirOf(const std::string& containerPath)
 {
-    std::string dir = containerPath.substr(0, containerPath.rfind('.'));  // not const, so that it is moved out
+    std::string dir =
+        containerPath.substr(0, containerPath.rfind('.'));  // not const, so that it is moved out
     if (boost::filesystem::path(containerPath).has_root_directory()) {
         return dir;
     }

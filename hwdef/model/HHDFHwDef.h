@@ -284,9 +284,9 @@ public:
     /// `driverPath` is the directory below which the drivers lie.
     ///
     /// False after one of the messages "@64-6@", "@64-5@%s", "@64-4@%s", "@64-11@%s", "@64-23@%s",
-    /// "@64-25@", after the text of a runtime exception or of a limit, or silently when the BOM doesn't parse. Standard
-    /// conversion errors of the BOM's version numbers and of NUM_OF_SLRS (boost::bad_lexical_cast) pass
-    /// through. What was read until then stays.
+    /// "@64-25@", after the text of a runtime exception or of a limit, or silently when the BOM doesn't
+    /// parse. Standard conversion errors of the BOM's version numbers and of NUM_OF_SLRS
+    /// (boost::bad_lexical_cast) pass through. What was read until then stays.
     bool init(bool checkIntegrity, std::string driverPath);
     /// The container's canonical path; `path` is left alone without implementation.
     void getContainerFullPath(std::string& path) const;

@@ -11,7 +11,7 @@ public:
     HHDFHwDefBoard() = default;
     /// A record of these texts.
     HHDFHwDefBoard(const std::string& filePath, const std::string& relativeName,
-                    const std::string& hwDefFilePath);
+                   const std::string& hwDefFilePath);
 
     /// Full path of the file on disk.
     std::string getFilePath() const { return filePath_; }

@@ -39,9 +39,9 @@ public:
         IO_DATA = 22,
         SYSMON_DATA = 23,
         BDA = 24,
-        BDA_VARIANT = 25,    ///< written as "BDA", so it reads back as BDA
+        BDA_VARIANT = 25,  ///< written as "BDA", so it reads back as BDA
         AIE_PRIMITIVE = 26,
-        ISS = 27,            ///< written as "PARTIAL_BIT", so it reads back as PARTIAL_BIT
+        ISS = 27,  ///< written as "PARTIAL_BIT", so it reads back as PARTIAL_BIT
         PARTIAL_BIT = 28,
         UNKNOWN = 29,
     };

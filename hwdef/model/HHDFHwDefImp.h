@@ -66,20 +66,20 @@ public:
     std::string unzipDir;
     std::string hierTopModuleName;
     BomList bom;
-    std::vector<std::unique_ptr<HHDFHwDefFile>> strippedFiles;          // off the list; callers may still hold them
-    std::map<std::string, std::string> driverDirs;                      // driver name to directory
+    std::vector<std::unique_ptr<HHDFHwDefFile>> strippedFiles;  // off the list; callers may still hold them
+    std::map<std::string, std::string> driverDirs;              // driver name to directory
     DriverMap drivers;
     std::map<std::string, std::vector<HHDFHwDefBoard>> boardFiles;
     std::string driversTopDir;
     std::uint32_t majorVersion = 1;
     std::uint32_t minorVersion = 7;
     std::map<std::string, std::string> wdiAttrs;
-    std::map<std::string, HHDFHwDefPartitionInfo*> partitionInfo;       // owned
-    std::map<std::string, HHDFHwDefConfig*> partitionConfigs;           // owned
+    std::map<std::string, HHDFHwDefPartitionInfo*> partitionInfo;  // owned
+    std::map<std::string, HHDFHwDefConfig*> partitionConfigs;      // owned
     std::string digest;
-    FileDigests fileDigests;                                            // as stored in the BOM
+    FileDigests fileDigests;  // as stored in the BOM
     std::string productVersion;
-    std::vector<std::string> qvaExclusions;                             // file-type tokens
+    std::vector<std::string> qvaExclusions;  // file-type tokens
     std::unique_ptr<HHDFCTmpDirObject> tmpDir;
     std::unique_ptr<HUTFile> container;
     HHDFHwDef* owner;

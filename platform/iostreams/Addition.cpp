@@ -30,9 +30,9 @@ constexpr std::uint64_t endRoom = ZIP64_END_RECORD_BYTES + ZIP64_LOCATOR_BYTES +
 /// What an addition keeps of the archive that it adds to.
 struct OldArchive {
     EndRecord end;
-    std::string_view records;      ///< the whole directory; lives as long as the archive's reader
-    std::uint64_t directory = 0;   ///< its position in the file
-    std::uint64_t membersEnd = 0;  ///< where the data of the last member ends, at most `directory`
+    std::string_view records;            ///< the whole directory; lives as long as the archive's reader
+    std::uint64_t directory = 0;         ///< its position in the file
+    std::uint64_t membersEnd = 0;        ///< where the data of the last member ends, at most `directory`
     std::vector<std::string_view> kept;  ///< records of all members that stay, in stretches
     std::uint64_t keptBytes = 0;
     std::uint64_t keptCount = 0;

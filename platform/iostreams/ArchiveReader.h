@@ -45,7 +45,8 @@ public:
     const std::vector<Entry>& entries() const;
     /// The member of that exact name, the last one when it is listed twice; null when there is none.
     /// The result lives as long as this object, but need not stand in entries(): two entries are the
-    /// same one when their records are the same bytes in memory. The first call may cost a walk over the directory; the index it leaves serves the others.
+    /// same one when their records are the same bytes in memory. The first call may cost a walk over the
+    /// directory; the index it leaves serves the others.
     const Entry* find(std::string_view name) const;
 
     /// The end of what may belong to one of this archive's members: the local header of the member

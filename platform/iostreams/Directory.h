@@ -52,7 +52,7 @@ private:
     const std::uint64_t entryCount_;
     const std::size_t size_;
     std::unique_ptr<char[]> bytes_;
-    std::size_t lastMember_ = 0;  ///< its record's offset
+    std::size_t lastMember_ = 0;                ///< its record's offset
     std::vector<std::uint64_t> sortedOffsets_;  ///< of local headers; empty when in the directory's order
 };
 

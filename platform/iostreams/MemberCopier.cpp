@@ -79,10 +79,10 @@ Entry MemberCopier::write(BufferedOutput& out)
 void MemberCopier::copyInKernel(BufferedOutput& out) const
 {
     try {
-        platform::ProgressWork::copyInSteps(
-            name_, entry_.compressedSize, [&](std::uint64_t offset, std::uint64_t size) {
-                out.copyFrom(archive_->file(), size, dataOffset_ + offset);
-            });
+        platform::ProgressWork::copyInSteps(name_, entry_.compressedSize,
+                                            [&](std::uint64_t offset, std::uint64_t size) {
+                                                out.copyFrom(archive_->file(), size, dataOffset_ + offset);
+                                            });
     } catch (const platform::FileError& error) {
         if (error.path() == archive_->path()) {
             throw SourceError(error.what());

@@ -50,7 +50,8 @@ TEST(FileEntries, recordTheDigestEvenWithoutAName)
     EXPECT_EQ(entriesOf(*def), "");
     EXPECT_TRUE(reader.populateFiles(&named));
     EXPECT_TRUE(reader.populateFiles(&undigested));
-    EXPECT_EQ(def->implementation()->fileDigests.all(), (HHDFHwDef::Texts{{"", "11"}, {"b", ""}, {"sub/a", "22"}}));
+    EXPECT_EQ(def->implementation()->fileDigests.all(),
+              (HHDFHwDef::Texts{{"", "11"}, {"b", ""}, {"sub/a", "22"}}));
 }
 
 TEST(FileEntries, haveRoleAndHierarchyForHandoffFilesOnly)

@@ -97,8 +97,8 @@ TEST(HHDFHwDefArchive, tellsWhenAMemberWasModified)
         return HHDFHwDefArchive(dir / "b.hdf").members().front().modified;
     };
     EXPECT_EQ(modifiedAt(std::string(2, '\0'), "\x21" + std::string(1, '\0')), 315532800);  // 1980-01-01
-    EXPECT_EQ(modifiedAt("\x7d\xbf", "\x9f\x5f"), 1830297598);                             // 2027-12-31 23:59:58
-    EXPECT_LT(modifiedAt(std::string(2, '\0'), std::string(2, '\0')), 315532800);          // of no calendar
+    EXPECT_EQ(modifiedAt("\x7d\xbf", "\x9f\x5f"), 1830297598);                     // 2027-12-31 23:59:58
+    EXPECT_LT(modifiedAt(std::string(2, '\0'), std::string(2, '\0')), 315532800);  // of no calendar
 }
 
 TEST(HHDFHwDefArchive, replacesAnArchiveByItsOwnMembersAndFiles)
@@ -112,8 +112,9 @@ TEST(HHDFHwDefArchive, replacesAnArchiveByItsOwnMembersAndFiles)
                                 {{"hwdef.xml", dir / "file"}, {"a.bit", ""}, {"deep/b.elf", ""}}, &present,
                                 present.comment(), true);
     }
-    EXPECT_EQ(support::readArchive(dir / "a.hdf"),
-              (Members{{"hwdef.xml", "from disk"}, {"a.bit", "new one"}, {"deep/b.elf", std::string(3000, 'b')}}));
+    EXPECT_EQ(
+        support::readArchive(dir / "a.hdf"),
+        (Members{{"hwdef.xml", "from disk"}, {"a.bit", "new one"}, {"deep/b.elf", std::string(3000, 'b')}}));
     EXPECT_EQ(HHDFHwDefArchive(dir / "a.hdf").comment(), "of other hands");
     EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(dir / "a.hdf")), HUTZip::INTACT);
 }
@@ -125,7 +126,9 @@ TEST(HHDFHwDefArchive, leavesTheArchiveAloneWhenAPartCantBeHad)
     const std::string before = support::readFile(dir / "a.hdf");
     const HHDFHwDefArchive present(dir / "a.hdf");
     const auto write = [&](const HHDFHwDefArchive::Part& part, const HHDFHwDefArchive* from) {
-        return whyNot([&] { HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}, part}, from, "", false); });
+        return whyNot([&] {
+            HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}, part}, from, "", false);
+        });
     };
     EXPECT_EQ(write({"c.bit", ""}, &present), dir / "a.hdf" + ": there is no member \"c.bit\"");
     EXPECT_NE(write({"c.bit", dir / "missing"}, &present).find("member \"c.bit\" can't be added: "),

@@ -4,8 +4,8 @@
 #include <unordered_map>
 
 #include "fuzz/FuzzInput.h"
-#include "platform/HUTZip.h"
 #include "platform/HUTFile.h"
+#include "platform/HUTZip.h"
 #include "platform/iostreams/ArchiveReader.h"
 #include "platform/iostreams/ArchiveWriter.h"
 #include "platform/iostreams/MemberReader.h"

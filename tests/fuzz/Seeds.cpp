@@ -129,13 +129,19 @@ void containerSeeds(const char* target)
 {
     seed(target, "full", fullContainer());
     seed(target, "everything",
-         fuzz::inputOf({{"hwdef.xml", bomOfEverything}, {"a.bit", "bits"}, {"a.hwh", "<h/>"}, {"io.json", "{}"}}));
+         fuzz::inputOf(
+             {{"hwdef.xml", bomOfEverything}, {"a.bit", "bits"}, {"a.hwh", "<h/>"}, {"io.json", "{}"}}));
     seed(target, "names",
-         fuzz::inputOf({{"sysdef.xml", "<Project Version='1' Minor='0'><File Type='BIT' Name='../x'/>"
-                                       "<File Type='BIT' Name='/abs'/><File Type='BIT' Name='a/b'/>"
-                                       "<DRIVERS><DRIVER IP_VLNV='v'><File PATH='drivers/../../x'/>"
-                                       "<File PATH='drivers/a//b'/></DRIVER></DRIVERS></Project>"},
-                        {"../x", "1"}, {"/abs", "2"}, {"a/b", "3"}, {"drivers/../../x", "4"}, {"drivers/a//b", "5"}}));
+         fuzz::inputOf({{"sysdef.xml",
+                         "<Project Version='1' Minor='0'><File Type='BIT' Name='../x'/>"
+                         "<File Type='BIT' Name='/abs'/><File Type='BIT' Name='a/b'/>"
+                         "<DRIVERS><DRIVER IP_VLNV='v'><File PATH='drivers/../../x'/>"
+                         "<File PATH='drivers/a//b'/></DRIVER></DRIVERS></Project>"},
+                        {"../x", "1"},
+                        {"/abs", "2"},
+                        {"a/b", "3"},
+                        {"drivers/../../x", "4"},
+                        {"drivers/a//b", "5"}}));
     seed(target, "integrity", fuzz::inputOf({{"hwdef.xml", "<a Version='1' Minor='3' DIGEST='x'/>"}}));
 }
 
@@ -143,11 +149,17 @@ void textSeeds()
 {
     seed("Bom", "everything", bomOfEverything);
     seed("Bom", "board", board);
-    seed("Bom", "doctype", "<!DOCTYPE a [<!ENTITY e \"x\">]><a Version='1' b='&e;'><![CDATA[<b/>]]><?p q?></a>");
+    seed("Bom", "doctype",
+         "<!DOCTYPE a [<!ENTITY e \"x\">]><a Version='1' b='&e;'><![CDATA[<b/>]]><?p q?></a>");
     seed("Bom", "numbers", "<a Version='1' Minor='99999999999'><PART><NUM_OF_SLRS Value='x'/></PART></a>");
-    seed("Parameters", "typical", R"json({"refName": "ps", "pss_io": "(*PSS_IO= \"a\nb\" *)", "pss_power": "p"})json");
-    seed("Parameters", "kinds", R"json({"refName":"x","n":null,"t":true,"i":-1,"d":1.5e300,"a":[1,[2]],"o":{"k":"\u00e4"},"s":""})json");
-    seed("Parameters", "wrapped", R"json({"pss_io":"(*PSS_IO= \"a\\n\\\nb\" *)\n","refName":"r","pss_power":"(*PSS_POWER= \"c\\\nd\" *)"})json");
+    seed("Parameters", "typical",
+         R"json({"refName": "ps", "pss_io": "(*PSS_IO= \"a\nb\" *)", "pss_power": "p"})json");
+    seed(
+        "Parameters", "kinds",
+        R"json({"refName":"x","n":null,"t":true,"i":-1,"d":1.5e300,"a":[1,[2]],"o":{"k":"\u00e4"},"s":""})json");
+    seed(
+        "Parameters", "wrapped",
+        R"json({"pss_io":"(*PSS_IO= \"a\\n\\\nb\" *)\n","refName":"r","pss_power":"(*PSS_POWER= \"c\\\nd\" *)"})json");
     seed("Parameters", "broken", R"json({"refName":"x","a":[[[[)json");
     seed("Settings", "io", ioSetting);
     seed("Settings", "power", powerSetting);

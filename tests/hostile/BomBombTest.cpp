@@ -188,8 +188,8 @@ TEST(LongNames, looksALongNameUpOnceAndNotForEachChild)
         {"partition", "<Instance_Paths><Reconfigurable_Partition Instance_Path='", "<a RM_NAME='#'/>",
          "</Reconfigurable_Partition></Instance_Paths>", 100'000, true},
         {"configuration", "<PRConfigurations><PRConfiguration Name='",
-         "<PartitionInstMap RM_NAME='1' Instance_Path='#'/>", "</PRConfiguration></PRConfigurations>", 100'000,
-         true},
+         "<PartitionInstMap RM_NAME='1' Instance_Path='#'/>", "</PRConfiguration></PRConfigurations>",
+         100'000, true},
     };
     for (const Bomb& bomb : longNames) {
         std::string text = "<Project Version='1' Minor='7'>" + (bomb.front + name) + "'>";

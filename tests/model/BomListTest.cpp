@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-
 namespace {
 
 HHDFHwDefFile* add(BomList& list, const std::string& path, const std::string& srcDb = {})

@@ -10,10 +10,7 @@ namespace {
 struct OneHash {
     static std::uint32_t hash(std::string_view) { return 7; }
     static bool same(std::string_view left, std::string_view right) { return left == right; }
-    static bool counts(const HHDFHwDefFile* file)
-    {
-        return file != nullptr && file->getHwSrcDB().empty();
-    }
+    static bool counts(const HHDFHwDefFile* file) { return file != nullptr && file->getHwSrcDB().empty(); }
 };
 
 TEST(NameIndex, takesOneCellForANameWhoseEntriesAreTakenInTurn)

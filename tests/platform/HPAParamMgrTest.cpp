@@ -59,7 +59,8 @@ TEST_F(HPAParamMgrTest, readsNumbersOfDigitsOnly)
     EXPECT_EQ(manager.getValueIfExistAsNumber(name, 7), 7U);
     manager.setValue(name, "18446744073709551615");
     EXPECT_EQ(manager.getValueIfExistAsNumber(name, 7), 18446744073709551615U);
-    for (const char* text : {"", "18446744073709551616", "-1", "+1", " 1", "1 ", "1M", "0x10", "1.5", "true"}) {
+    for (const char* text :
+         {"", "18446744073709551616", "-1", "+1", " 1", "1 ", "1M", "0x10", "1.5", "true"}) {
         manager.setValue(name, text);
         EXPECT_EQ(manager.getValueIfExistAsNumber(name, 7), 7U) << text;
     }

@@ -13,7 +13,6 @@
 #include "support/TempDir.h"
 #include "support/WithoutPrivileges.h"
 
-
 namespace {
 
 std::string canonical(const std::string& path)

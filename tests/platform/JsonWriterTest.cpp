@@ -19,9 +19,10 @@ TEST(JsonWriter, writesNestedValuesInOrder)
     json.end();
     json.end();
 
-    EXPECT_EQ(json.text(),
-              "{\n    \"text\": \"a\\\"b\",\n    \"number\": 18446744073709551615,\n"
-              "    \"list\": [\n        {\n            \"is\": true\n        }\n    ],\n    \"object\": {}\n}");
+    EXPECT_EQ(
+        json.text(),
+        "{\n    \"text\": \"a\\\"b\",\n    \"number\": 18446744073709551615,\n"
+        "    \"list\": [\n        {\n            \"is\": true\n        }\n    ],\n    \"object\": {}\n}");
 }
 
 TEST(JsonWriter, replacesEachByteThatIsNoUtf8)
@@ -31,8 +32,7 @@ TEST(JsonWriter, replacesEachByteThatIsNoUtf8)
     json.add("\xff", "\xc3\xa4 \xc3( \xe2\x82");
     json.end();
 
-    EXPECT_EQ(json.text(),
-              "{\n    \"\xef\xbf\xbd\": \"\xc3\xa4 \xef\xbf\xbd( \xef\xbf\xbd\xef\xbf\xbd\"\n}");
+    EXPECT_EQ(json.text(), "{\n    \"\xef\xbf\xbd\": \"\xc3\xa4 \xef\xbf\xbd( \xef\xbf\xbd\xef\xbf\xbd\"\n}");
 }
 
 TEST(JsonWriter, escapesControlCharactersAndKeepsNulls)

@@ -74,8 +74,8 @@ TEST(XmlText, tellsNamesFromOtherTexts)
 
 TEST(XmlText, findsReferencesToWhatIsNoCharacterOfXml)
 {
-    for (const char* reference : {"&#0;", "&#x0;", "&#x1;", "&#xD800;", "&#xFFFE;", "&#x110000;",
-                                  "&#xFFFFFFFF1;", "&#31;"}) {
+    for (const char* reference :
+         {"&#0;", "&#x0;", "&#x1;", "&#xD800;", "&#xFFFE;", "&#x110000;", "&#xFFFFFFFF1;", "&#31;"}) {
         const auto defect = findBadReference("<a b='" + std::string(reference) + "'/>");
         ASSERT_TRUE(defect.has_value()) << reference;
         EXPECT_EQ(defect->offset, 6u);
@@ -93,8 +93,9 @@ TEST(XmlText, goesThroughReferencesWithoutEndAtOneSpeed)
 
 TEST(XmlText, findsNoBadReferenceWhereThereIsNone)
 {
-    for (const char* document : {"<a b='&#9;&#10;&#xD;&#x1F600;&amp;'/>", "<!-- &#0; --><a/>", "<?p &#0; ?><a/>",
-                                 "<a><![CDATA[&#0;]]></a>", "<a b='&#;&#x;&#zz;&# 0;&#1'/>"}) {
+    for (const char* document :
+         {"<a b='&#9;&#10;&#xD;&#x1F600;&amp;'/>", "<!-- &#0; --><a/>", "<?p &#0; ?><a/>",
+          "<a><![CDATA[&#0;]]></a>", "<a b='&#;&#x;&#zz;&# 0;&#1'/>"}) {
         EXPECT_FALSE(findBadReference(document).has_value()) << document;
     }
 }
@@ -133,7 +134,8 @@ TEST(XmlText, boundsThePartsOfADocument)
 
 TEST(XmlText, boundsPartsNeverBelowTheirCountAndNotByTheStretch)
 {
-    for (const std::string part : {"<a/>", "<a b=\"\"/>", "<a b = ''>x</a>", "<![CDATA[x]]>y", "<a>x<b/>y</a>"}) {
+    for (const std::string part :
+         {"<a/>", "<a b=\"\"/>", "<a b = ''>x</a>", "<![CDATA[x]]>y", "<a>x<b/>y</a>"}) {
         std::string document = "<r>";
         while (document.size() < 2000) {
             document += part;

@@ -52,7 +52,8 @@ std::string packedMembers(const std::string& path)
     std::string text;
     for (const auto& member : archive.members()) {
         if (!member.name.ends_with("def.xml")) {
-            text += member.name + " " + std::to_string(member.packedBytes) + " " + std::to_string(member.crc) + "\n";
+            text += member.name + " " + std::to_string(member.packedBytes) + " " +
+                    std::to_string(member.crc) + "\n";
         }
     }
     return text;
@@ -66,9 +67,9 @@ TEST(Build, packsFilesWithTypesPropertiesAndAttributes)
     writeFile(dir / "top.hwh", "handoff");
     writeFile(dir / "top.bit", "bits");
 
-    const CommandRun run =
-        runCommand(dir.path(), {"build", "-o", "out.hdf", "top.hwh:HW_HANDOFF", "top.bit:bit", "-s", "part=p-1", "-s",
-                                "mode=post", "-s", "attribute.flow=fast", "-f", "top.bit:compressed=true"});
+    const CommandRun run = runCommand(
+        dir.path(), {"build", "-o", "out.hdf", "top.hwh:HW_HANDOFF", "top.bit:bit", "-s", "part=p-1", "-s",
+                     "mode=post", "-s", "attribute.flow=fast", "-f", "top.bit:compressed=true"});
 
     expectDone(run);
     EXPECT_TRUE(run.out.starts_with("out.hdf: 3 members, ")) << run.out;
@@ -101,7 +102,8 @@ TEST(Build, addsADriverOfADirectory)
 {
     const TempDir dir;
     tools::writeDesign(dir.path());
-    expectDone(runCommand(dir.path(), {"build", "-o", "out.hdf", "in/top.bit:BIT", "-d", "vendor:ip:gpio=in/gpio_v1"}));
+    expectDone(runCommand(dir.path(),
+                          {"build", "-o", "out.hdf", "in/top.bit:BIT", "-d", "vendor:ip:gpio=in/gpio_v1"}));
     EXPECT_EQ(support::namesIn(dir / "out.hdf"),
               "hwdef.xml top.bit drivers/gpio_v1/data/gpio.mdd drivers/gpio_v1/src/gpio.c");
     const auto def = HHDFHwDefUtils::getHDF(dir / "out.hdf");
@@ -113,12 +115,15 @@ TEST(Build, warnsOfADriverWithoutDescription)
     const TempDir dir;
     writeFile(dir / "top.bit", "bits");
     writeFile(dir / "gpio/gpio.c", "source");
-    const CommandRun run = runCommand(dir.path(), {"build", "-o", "out.hdf", "top.bit:BIT", "-d", "gpio=gpio"});
+    const CommandRun run =
+        runCommand(dir.path(), {"build", "-o", "out.hdf", "top.bit:BIT", "-d", "gpio=gpio"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.error,
-              "hwdef: warning: the driver \"gpio\" has no file with the extension \".mdd\"; at least one is expected "
+              "hwdef: warning: the driver \"gpio\" has no file with the extension \".mdd\"; at least one is "
+              "expected "
               "[@64-24@]\n");
-    EXPECT_EQ(runCommand(dir.path(), {"build", "-q", "-o", "out.hdf", "top.bit:BIT", "-d", "gpio=gpio"}).error, "");
+    EXPECT_EQ(
+        runCommand(dir.path(), {"build", "-q", "-o", "out.hdf", "top.bit:BIT", "-d", "gpio=gpio"}).error, "");
 }
 
 TEST(Build, keepsTheOldContainerWhenItFails)
@@ -140,7 +145,8 @@ TEST(Build, keepsTheOldContainerWhenItFails)
                 "mode can't be \"mid\"; it is Pre-Synthesis (pre), Post-Synthesis (post) or nothing");
     expectError(build({"top.bit:BIT", "-f", "top.bti:a=b"}),
                 "\"top.bti:a=b\" names no file of the container; did you mean \"top.bit\"?");
-    expectError(runCommand(dir.path(), {"build", "top.bit:BIT"}), "build: the container to write is missing: -o OUT");
+    expectError(runCommand(dir.path(), {"build", "top.bit:BIT"}),
+                "build: the container to write is missing: -o OUT");
     EXPECT_EQ(readFile(dir / "out.hdf"), "old");
     EXPECT_EQ(dir.list(), "out.hdf top.bit");
 }
@@ -155,7 +161,8 @@ TEST(Build, saysWhereARecipeIsWrong)
     expectError(build("{\"recipe\": 1,"), "r.json: byte 13: Missing a name for object member.");
     expectError(build("{}"), "r.json: \"recipe\" is missing");
     expectError(build("{\"recipe\": 2}"), "r.json: \"recipe\": only recipes of version 1 are known");
-    expectError(build("{\"recipe\": 1, \"files\": [{\"path\": \"x\"}]}"), "r.json: \"files\"[0]: \"type\" is missing");
+    expectError(build("{\"recipe\": 1, \"files\": [{\"path\": \"x\"}]}"),
+                "r.json: \"files\"[0]: \"type\" is missing");
     expectError(build("{\"recipe\": 1, \"properties\": {\"part\": 1}}"),
                 "r.json: \"properties\": \"part\": a text is expected");
     EXPECT_EQ(dir.list(), "r.json");
@@ -220,8 +227,9 @@ TEST(Explode, saysWhenTheBytesDiffer)
     support::writeArchive(dir / "stored.hdf", support::readArchive(dir / "a.hdf"));
     const CommandRun run = runCommand(dir.path(), {"explode", "stored.hdf", "parts"});
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.error, "hwdef: the recipe gives a container of the same members, but of other bytes: stored.hdf was "
-                         "packed in another way\n");
+    EXPECT_EQ(run.error,
+              "hwdef: the recipe gives a container of the same members, but of other bytes: stored.hdf was "
+              "packed in another way\n");
 }
 
 TEST(Explode, givesWayToAMemberOfTheRecipesName)
@@ -251,8 +259,8 @@ TEST(Set, changesPropertiesAndKeepsMembers)
     const TempDir dir;
     tools::writeDesign(dir.path());
     const std::string members = packedMembers(dir / "design.hdf");
-    const CommandRun run =
-        runCommand(dir.path(), {"set", "design.hdf", "board=b-1", "attribute.flow=", "attribute.owner=me", "used.lut=30"});
+    const CommandRun run = runCommand(dir.path(), {"set", "design.hdf", "board=b-1",
+                                                   "attribute.flow=", "attribute.owner=me", "used.lut=30"});
     expectDone(run);
     EXPECT_TRUE(run.out.starts_with("design.hdf: board is now \"b-1\"\n"));
     EXPECT_EQ(packedMembers(dir / "design.hdf"), members);
@@ -293,7 +301,8 @@ TEST(Set, refusesWhatItDoesNotKnow)
     const std::string before = readFile(dir / "design.hdf");
     const CommandRun run = runCommand(dir.path(), {"set", "design.hdf", "prat=x"});
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_TRUE(contains(run.error, "there is no property \"prat\"; did you mean \"part\"?\nProperties are part, "));
+    EXPECT_TRUE(
+        contains(run.error, "there is no property \"prat\"; did you mean \"part\"?\nProperties are part, "));
     expectError(runCommand(dir.path(), {"set", "design.hdf", "version=2.0"}),
                 "version can't be \"2.0\"; it is 1 and a minor version, as 1.7");
     EXPECT_EQ(readFile(dir / "design.hdf"), before);
@@ -305,7 +314,8 @@ TEST(Set, losesNothingOfABomOfOtherHandsWithoutLeave)
     tools::writeOther(dir.path());
     const std::string before = readFile(dir / "other.hdf");
     expectError(runCommand(dir.path(), {"set", "other.hdf", "part=x"}),
-                "other.hdf: \"hwdef.xml\" is of other hands, and may say what an edit would lose; --rewrite-bom writes "
+                "other.hdf: \"hwdef.xml\" is of other hands, and may say what an edit would lose; "
+                "--rewrite-bom writes "
                 "it anew with all that hwdef knows of it");
     EXPECT_EQ(readFile(dir / "other.hdf"), before);
     expectDone(runCommand(dir.path(), {"set", "other.hdf", "part=x", "--rewrite-bom"}));
@@ -395,8 +405,8 @@ void writeMeeting(const TempDir& dir)
 {
     tools::writeDesign(dir.path());
     writeFile(dir / "new/top.bit", "new bits");
-    expectDone(runCommand(dir.path(), {"build", "-o", "overlay.hdf", "new/top.bit:BIT", "in/top.hwh:HW_HANDOFF", "-s",
-                                       "attribute.flow=slow"}));
+    expectDone(runCommand(dir.path(), {"build", "-o", "overlay.hdf", "new/top.bit:BIT",
+                                       "in/top.hwh:HW_HANDOFF", "-s", "attribute.flow=slow"}));
 }
 
 constexpr const char* meetingReport =
@@ -435,11 +445,13 @@ TEST(Merge, refusesDifferentBytesWhenItIsStrict)
     const TempDir dir;
     writeMeeting(dir);
     writeFile(dir / "all.hdf", "old");
-    const CommandRun run = runCommand(dir.path(), {"merge", "design.hdf", "overlay.hdf", "-o", "all.hdf", "--strict"});
+    const CommandRun run =
+        runCommand(dir.path(), {"merge", "design.hdf", "overlay.hdf", "-o", "all.hdf", "--strict"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.error, "hwdef: files of one name carry different bytes, which --strict refuses\n");
     EXPECT_EQ(readFile(dir / "all.hdf"), "old");
-    expectError(runCommand(dir.path(), {"merge", "design.hdf"}), "merge: the container to write is missing: -o OUT");
+    expectError(runCommand(dir.path(), {"merge", "design.hdf"}),
+                "merge: the container to write is missing: -o OUT");
     expectError(runCommand(dir.path(), {"merge", "design.hdf", "gone.hdf", "-o", "all.hdf"}),
                 "gone.hdf: there is no such file");
 }

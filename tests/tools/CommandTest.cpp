@@ -109,7 +109,9 @@ TEST(Command, suggestsTheNearestFile)
 TEST(Command, saysWhatAFileIsInPlaceOfAContainer)
 {
     EXPECT_EQ(kindOf(""), isKind("an empty file"));
-    EXPECT_EQ(kindOf("\x7f" "ELF\x02\x01"), isKind("an ELF file"));
+    EXPECT_EQ(kindOf("\x7f"
+                     "ELF\x02\x01"),
+              isKind("an ELF file"));
     EXPECT_EQ(kindOf("\x1f\x8b\x08"), isKind("a gzip file"));
     EXPECT_EQ(kindOf("<?xml version=\"1.0\"?><a/>"), isKind("an XML document"));
     EXPECT_EQ(kindOf("{\"a\": 1}"), isKind("a JSON document"));
@@ -167,7 +169,8 @@ TEST(Command, failsWhenStandardOutputCantBeWrittenTo)
 {
     const TempDir dir;
     tools::writeDesign(dir.path());
-    const std::string script = "cd " + dir.path() + " && " HWDEF_COMMAND " list design.hdf >/dev/full 2>error; echo $?";
+    const std::string script =
+        "cd " + dir.path() + " && " HWDEF_COMMAND " list design.hdf >/dev/full 2>error; echo $?";
     EXPECT_EQ(std::system(("test \"$(" + script + ")\" = 2").c_str()), 0);
     EXPECT_EQ(support::readFile(dir / "error"),
               "hwdef: error: standard output can't be written to: No space left on device\n");

@@ -74,8 +74,9 @@ void writeOther(const std::string& dir)
     support::writeArchive(
         dir + "/other.hdf",
         {{"a.bit", "content of a"},
-         {"hwdef.xml", support::bomDocument("Version=\"1\" Minor=\"0\"",
-                                            "<!-- by hand --><File Type=\"BIT\" Name=\"a.bit\"/><UNKNOWN Why=\"x\"/>")},
+         {"hwdef.xml",
+          support::bomDocument("Version=\"1\" Minor=\"0\"",
+                               "<!-- by hand --><File Type=\"BIT\" Name=\"a.bit\"/><UNKNOWN Why=\"x\"/>")},
          {"notes.txt", "not listed"}});
 }
 

@@ -32,7 +32,8 @@ std::map<std::string, Schema> manual()
             heading = line.substr(3);
         } else if (line.starts_with("| `")) {
             const std::size_t end = line.find("` | ");
-            schemas[heading][line.substr(3, end - 3)] = line.substr(end + 4, line.find(" |", end + 4) - end - 4);
+            schemas[heading][line.substr(3, end - 3)] =
+                line.substr(end + 4, line.find(" |", end + 4) - end - 4);
         }
     }
     return schemas;

@@ -143,7 +143,8 @@ TEST(Cat, writesAMemberAsItIs)
 {
     const InDirectory dir(tools::writeDesign);
     EXPECT_EQ(dir.out({"cat", "design.hdf", "top.bit"}), support::readFile(dir / "in/top.bit"));
-    EXPECT_EQ(dir.out({"cat", "design.hdf", "sysdef.xml"}).substr(0, 38), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    EXPECT_EQ(dir.out({"cat", "design.hdf", "sysdef.xml"}).substr(0, 38),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
 }
 
 TEST(Cat, suggestsTheNearestMember)
@@ -155,8 +156,8 @@ TEST(Cat, suggestsTheNearestMember)
 TEST(Cat, takesANameInBracketsAsItIs)
 {
     const TempDir dir;
-    support::writeArchive(dir / "a.hdf",
-                          {{"hwdef.xml", support::bomOfFiles("0", {})}, {"[x,y]", "brackets"}, {"-x", "dash"}});
+    support::writeArchive(
+        dir / "a.hdf", {{"hwdef.xml", support::bomOfFiles("0", {})}, {"[x,y]", "brackets"}, {"-x", "dash"}});
     EXPECT_EQ(runCommand(dir.path(), {"cat", "a.hdf", "[x,y]"}).out, "brackets");
     EXPECT_EQ(runCommand(dir.path(), {"cat", "--", "a.hdf", "-x"}).out, "dash");
 }
@@ -173,7 +174,8 @@ TEST(Cat, failsAtADamagedMember)
 TEST(Extract, writesAllMembersBelowTheDirectory)
 {
     const InDirectory dir(tools::writeDesign);
-    EXPECT_EQ(dir.out({"extract", "design.hdf", "-C", "to/there"}), "7 files, 5.93 KiB, written to to/there\n");
+    EXPECT_EQ(dir.out({"extract", "design.hdf", "-C", "to/there"}),
+              "7 files, 5.93 KiB, written to to/there\n");
     EXPECT_EQ(support::readFile(dir / "to/there/top.bit"), support::readFile(dir / "in/top.bit"));
     EXPECT_EQ(support::readFile(dir / "to/there/drivers/gpio_v1/src/gpio.c"), "void gpio(void) {}\n");
 }
@@ -181,7 +183,8 @@ TEST(Extract, writesAllMembersBelowTheDirectory)
 TEST(Extract, writesTheMembersNamed)
 {
     const InDirectory dir(tools::writeDesign);
-    EXPECT_EQ(dir.out({"extract", "design.hdf", "*.c", "top.hwh", "-C", "out"}), "3 files, 63 B, written to out\n");
+    EXPECT_EQ(dir.out({"extract", "design.hdf", "*.c", "top.hwh", "-C", "out"}),
+              "3 files, 63 B, written to out\n");
     EXPECT_TRUE(support::exists(dir / "out/ps_init.c"));
     EXPECT_TRUE(support::exists(dir / "out/drivers/gpio_v1/src/gpio.c"));
     EXPECT_FALSE(support::exists(dir / "out/top.bit"));
@@ -258,6 +261,7 @@ TEST(Params, failsWithoutAFileOfTheType)
     EXPECT_EQ(dir.error({"params", "design.hdf", "PS_KMV_INIT"}),
               "hwdef: error: design.hdf: there is no file of the type PS_KMV_INIT\n");
     const std::string text = dir.error({"params", "design.hdf", "BIT"});
-    EXPECT_NE(text.find("hwdef: error: design.hdf: the first file of the type BIT holds no software parameters\n"),
-              std::string::npos);
+    EXPECT_NE(
+        text.find("hwdef: error: design.hdf: the first file of the type BIT holds no software parameters\n"),
+        std::string::npos);
 }

@@ -26,12 +26,13 @@ std::string completed(const std::string& dir, std::vector<std::string> words)
 /// What bash offers for a line.
 std::string offered(const TempDir& dir, const std::string& line)
 {
-    support::writeFile(dir / "offer.bash",
-                       "compopt() { :; }\n. " HWDEF_COMPLETIONS "/hwdef.bash\ncd " + dir.path() +
-                           "\nCOMP_LINE=$1 COMP_POINT=${#1}\n_hwdef\nprintf '%s\\n' \"${COMPREPLY[*]}\" >offer\n");
+    support::writeFile(
+        dir / "offer.bash",
+        "compopt() { :; }\n. " HWDEF_COMPLETIONS "/hwdef.bash\ncd " + dir.path() +
+            "\nCOMP_LINE=$1 COMP_POINT=${#1}\n_hwdef\nprintf '%s\\n' \"${COMPREPLY[*]}\" >offer\n");
     const std::string path = HWDEF_COMMAND;
-    const std::string command = "PATH=" + path.substr(0, path.rfind('/')) + ":$PATH bash " + (dir / "offer.bash") +
-                                " '" + line + "'";
+    const std::string command =
+        "PATH=" + path.substr(0, path.rfind('/')) + ":$PATH bash " + (dir / "offer.bash") + " '" + line + "'";
     EXPECT_EQ(std::system(command.c_str()), 0);
     return support::readFile(dir / "offer");
 }
@@ -57,7 +58,8 @@ TEST(Complete, offersMembersOfTheContainer)
     const TempDir dir;
     tools::writeDesign(dir.path());
     EXPECT_EQ(completed(dir.path(), {"cat", "design.hdf", "top"}), "top.hwh top.bit ");
-    EXPECT_EQ(completed(dir.path(), {"remove", "-q", "design.hdf", "top.hwh", "p"}), "ps_init.c params.json ");
+    EXPECT_EQ(completed(dir.path(), {"remove", "-q", "design.hdf", "top.hwh", "p"}),
+              "ps_init.c params.json ");
     EXPECT_EQ(completed(dir.path(), {"cat", "gone.hdf", "top"}), "");
 }
 
@@ -78,6 +80,7 @@ TEST(Manual, hasAPageForEachVerb)
     EXPECT_NE(overview.find(".SH \"EXIT STATUS\"\n.TP\n0\nDone"), std::string::npos);
     const std::string list = support::readFile(HWDEF_MANUAL "/hwdef-list.1");
     EXPECT_EQ(list.find(".TH HWDEF\\-LIST 1 "), 0U);
-    EXPECT_NE(list.find("\n.TP\n\\fB\\-t, \\-\\-type\\fR \\fITYPE\\fR\nOnly files of this type\n"), std::string::npos);
+    EXPECT_NE(list.find("\n.TP\n\\fB\\-t, \\-\\-type\\fR \\fITYPE\\fR\nOnly files of this type\n"),
+              std::string::npos);
     EXPECT_NE(list.find(".SH EXAMPLES\n.TP\n\\fBhwdef list design.hdf\\fR\n"), std::string::npos);
 }

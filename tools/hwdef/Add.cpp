@@ -15,7 +15,8 @@ public:
                      "Add files",
                      "Adds files with their types to a container; all other members keep their bytes.",
                      {{"hwdef add design.hdf debug.ltx:LTX", "adds a file of the type LTX"},
-                      {"hwdef add design.hdf top.bit:BIT --replace", "puts new bytes in the place of the old ones"}}})
+                      {"hwdef add design.hdf top.bit:BIT --replace",
+                       "puts new bytes in the place of the old ones"}}})
     {
     }
 
@@ -73,8 +74,9 @@ void Add::change(Recipe& recipe) const
 {
     const auto present = recipe.members.empty() ? membersOf(recipe) : recipe.members;
     for (const Recipe::File& file : files_) {
-        const bool isThere = std::any_of(present.begin(), present.end(),
-                                         [&](const Recipe::Member& member) { return member.name == file.name; });
+        const bool isThere = std::any_of(present.begin(), present.end(), [&](const Recipe::Member& member) {
+            return member.name == file.name;
+        });
         if (file.name == "hwdef.xml" || file.name == "sysdef.xml") {
             throw CommandError("\"" + file.name + "\" is the name of a bill of materials");
         }

@@ -56,8 +56,8 @@ public:
         all_.push_back({name, {}, help, kind, isRequired, &target, {}});
     }
     /// All operands that are left.
-    void operands(const std::string& name, Kind kind, std::vector<std::string>& target, const std::string& help,
-                  bool isRequired)
+    void operands(const std::string& name, Kind kind, std::vector<std::string>& target,
+                  const std::string& help, bool isRequired)
     {
         all_.push_back({name, {}, help, kind, isRequired, &target, {}});
     }

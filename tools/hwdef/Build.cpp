@@ -16,24 +16,28 @@ namespace {
 class Build : public Verb {
 public:
     Build()
-        : Verb(120, {"build",
-                     "Build a container",
-                     "Builds a container from files with their types, or from a recipe that explode has written. A "
-                     "container at the output path is replaced when the new one is whole.\n\n"
-                     "Properties are set by key=value: part, arch, device, package, speed, board, mode, version, "
-                     "tool, top, used.lut, available.lut (and ff, bram, dsp), and attribute.NAME for a free attribute "
-                     "of the design.",
-                     {{"hwdef build -o design.hdf top.hwh:HW_HANDOFF top.bit:BIT -s part=ice40hx8k-ct256",
-                       "a container of two files"},
-                      {"hwdef build -o design.hdf top.bit:BIT --driver gpio=src/gpio_v1_0",
-                       "a container with a driver's source tree"},
-                      {"hwdef build -o design.hdf exploded/recipe.json", "the container that was exploded"}}})
+        : Verb(
+              120,
+              {"build",
+               "Build a container",
+               "Builds a container from files with their types, or from a recipe that explode has written. A "
+               "container at the output path is replaced when the new one is whole.\n\n"
+               "Properties are set by key=value: part, arch, device, package, speed, board, mode, version, "
+               "tool, top, used.lut, available.lut (and ff, bram, dsp), and attribute.NAME for a free "
+               "attribute "
+               "of the design.",
+               {{"hwdef build -o design.hdf top.hwh:HW_HANDOFF top.bit:BIT -s part=ice40hx8k-ct256",
+                 "a container of two files"},
+                {"hwdef build -o design.hdf top.bit:BIT --driver gpio=src/gpio_v1_0",
+                 "a container with a driver's source tree"},
+                {"hwdef build -o design.hdf exploded/recipe.json", "the container that was exploded"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
-        arguments.operands("PATH:TYPE", Kind::TYPED_FILE, inputs_, "A file and its type, or one recipe", true);
+        arguments.operands("PATH:TYPE", Kind::TYPED_FILE, inputs_, "A file and its type, or one recipe",
+                           true);
         arguments.option("-o,--output", "OUT", Kind::FILE, output_, "The container to write");
         arguments.options("-s,--set", "KEY=VALUE", Kind::TEXT, assignments_, "Set a property or attribute");
         arguments.options("-f,--file-attribute", "NAME:KEY=VALUE", Kind::TEXT, fileAttributes_,
@@ -75,7 +79,8 @@ Recipe::Driver driverOf(const std::string& text)
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(dir)) {
         if (entry.is_regular_file()) {
             driver.files.push_back(
-                {"drivers/" + top + "/" + entry.path().lexically_relative(dir).generic_string(), entry.path()});
+                {"drivers/" + top + "/" + entry.path().lexically_relative(dir).generic_string(),
+                 entry.path()});
         }
     }
     std::sort(driver.files.begin(), driver.files.end(),
@@ -132,7 +137,8 @@ void Build::setFileAttributes(Recipe& recipe) const
             }
         }
         if (!isFound) {
-            throw CommandError("\"" + printable(text) + "\" names no file of the container" + didYouMean(name, names));
+            throw CommandError("\"" + printable(text) + "\" names no file of the container" +
+                               didYouMean(name, names));
         }
     }
 }
@@ -176,7 +182,8 @@ ExitCode Build::run(Output& output)
         output.json().add("members", std::uint64_t{written.members().size()});
         output.json().add("sizeBytes", size);
     }
-    output.line(printable(output_) + ": " + counted(written.members().size(), "member") + ", " + readableSize(size));
+    output.line(printable(output_) + ": " + counted(written.members().size(), "member") + ", " +
+                readableSize(size));
     return ExitCode::SOUND;
 }
 

@@ -14,19 +14,21 @@ namespace {
 class Cat : public Verb {
 public:
     Cat()
-        : Verb(30, {"cat",
-                    "Write a member to standard output",
-                    "Writes the content of a member to standard output. Its checksum is checked at its end. As "
-                    "JSON, what isn't UTF-8 comes in base64.",
-                    {{"hwdef cat design.hdf hwdef.xml", "shows the bill of materials"},
-                     {"hwdef cat design.hdf top.bit | sha256sum", "the checksum of the bitstream"}}})
+        : Verb(30,
+               {"cat",
+                "Write a member to standard output",
+                "Writes the content of a member to standard output. Its checksum is checked at its end. As "
+                "JSON, what isn't UTF-8 comes in base64.",
+                {{"hwdef cat design.hdf hwdef.xml", "shows the bill of materials"},
+                 {"hwdef cat design.hdf top.bit | sha256sum", "the checksum of the bitstream"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
         arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
-        arguments.operand("MEMBER", Kind::MEMBER, member_, "The name of a member, the bill of materials included");
+        arguments.operand("MEMBER", Kind::MEMBER, member_,
+                          "The name of a member, the bill of materials included");
     }
 
     ExitCode run(Output& output) override;
@@ -69,7 +71,8 @@ ExitCode Cat::run(Output& output)
     }
     const std::uint64_t most = platform::limits::maxMemberInMemory();
     if (found.sizeBytes > most) {
-        throw CommandError(file_ + ": member \"" + printable(member_) + "\" has " + readableSize(found.sizeBytes) +
+        throw CommandError(file_ + ": member \"" + printable(member_) + "\" has " +
+                           readableSize(found.sizeBytes) +
                            ", too much for a JSON document; without --json it can be had");
     }
     std::string content;

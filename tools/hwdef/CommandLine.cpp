@@ -60,8 +60,7 @@ std::vector<std::string> optionNames(const Arguments& arguments)
 
 CommandError usageError(const Verb& verb, const std::string& text)
 {
-    return CommandError(verb.text().name + ": " + text + "\nTry \"hwdef " + verb.text().name +
-                        " --help\".");
+    return CommandError(verb.text().name + ": " + text + "\nTry \"hwdef " + verb.text().name + " --help\".");
 }
 
 CommandError unexpected(const Verb& verb, const Arguments& arguments, const std::string& word)
@@ -70,8 +69,8 @@ CommandError unexpected(const Verb& verb, const Arguments& arguments, const std:
         return usageError(verb, "\"" + printable(word) + "\" is one argument too many");
     }
     const std::string name = word.substr(0, word.find('='));
-    return usageError(verb, "there is no option \"" + printable(name) + "\"" +
-                                didYouMean(name, optionNames(arguments)));
+    return usageError(
+        verb, "there is no option \"" + printable(name) + "\"" + didYouMean(name, optionNames(arguments)));
 }
 
 /// The parser takes a word in brackets for a list of several words; a mark in front makes it a plain one.
@@ -109,8 +108,8 @@ void checkChoices(const Verb& verb, const Arguments& arguments)
             continue;
         }
         const std::string& value = *std::get<std::string*>(argument.target);
-        const bool isChoice = std::find(argument.choices.begin(), argument.choices.end(), value) !=
-                              argument.choices.end();
+        const bool isChoice =
+            std::find(argument.choices.begin(), argument.choices.end(), value) != argument.choices.end();
         if (!value.empty() && !isChoice) {
             throw usageError(verb, argument.names + " can't be \"" + printable(value) + "\", only " +
                                        CLI::detail::join(argument.choices, ", ") +
@@ -125,14 +124,14 @@ void defineSettings(Arguments& arguments, Settings& settings)
 {
     arguments.flag("--json", settings.json, "Write one JSON document in place of text");
     arguments.flag("-q,--quiet", settings.quiet, "Tell neither warnings nor progress");
-    arguments.option("--color", "WHEN", Kind::TEXT, settings.colours,
-                     "Use colours: auto, always or never", colourChoices);
+    arguments.option("--color", "WHEN", Kind::TEXT, settings.colours, "Use colours: auto, always or never",
+                     colourChoices);
     arguments.flag("-h,--help", settings.help, "Show this help");
 }
 
 Colours coloursOf(const Settings& settings)
 {
-    return settings.colours == "always" ? Colours::ALWAYS
+    return settings.colours == "always"  ? Colours::ALWAYS
            : settings.colours == "never" ? Colours::NEVER
                                          : Colours::AUTO;
 }

@@ -13,7 +13,10 @@ namespace {
 /// that is a kind of path in angle brackets asks the shell for such paths.
 class Complete : public Verb {
 public:
-    Complete() : Verb(920, {"_complete", "Complete a command line", "Prints what the last word may become.", {}}) {}
+    Complete()
+        : Verb(920, {"_complete", "Complete a command line", "Prints what the last word may become.", {}})
+    {
+    }
 
     void define(Arguments& arguments) override
     {

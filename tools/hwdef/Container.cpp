@@ -27,10 +27,16 @@ struct Signature {
 constexpr Signature signatures[] = {
     {0, "PK\x03\x04"sv, "a zip archive"},
     {0, "PK\x05\x06"sv, "a zip archive"},
-    {0, "\x7f" "ELF"sv, "an ELF file"},
+    {0,
+     "\x7f"
+     "ELF"sv,
+     "an ELF file"},
     {0, "\x1f\x8b"sv, "a gzip file"},
     {0, "BZh"sv, "a bzip2 file"},
-    {0, "\xfd" "7zXZ\0"sv, "an xz file"},
+    {0,
+     "\xfd"
+     "7zXZ\0"sv,
+     "an xz file"},
     {0, "\x28\xb5\x2f\xfd"sv, "a zstd file"},
     {0, "7z\xbc\xaf\x27\x1c"sv, "a 7z archive"},
     {0, "Rar!\x1a\x07"sv, "a rar archive"},
@@ -118,7 +124,8 @@ void checkFile(const std::string& path)
         throw failure(path, "this is " + kind + ", not a hardware definition container");
     }
     if (!std::ifstream(path)) {
-        throw failure(path, "the file can't be read: " + std::error_code(errno, std::generic_category()).message());
+        throw failure(path,
+                      "the file can't be read: " + std::error_code(errno, std::generic_category()).message());
     }
 }
 
@@ -127,9 +134,8 @@ CommandError refusal(const std::string& path, HeldMessages& messages)
 {
     const std::string kind = kindOf(path);
     const bool isNoArchive = kind != "a zip archive";
-    const bool hasNoBom = std::any_of(messages.all().begin(), messages.all().end(), [](const ComMsg& message) {
-        return message.id == "@64-4@%s";
-    });
+    const bool hasNoBom = std::any_of(messages.all().begin(), messages.all().end(),
+                                      [](const ComMsg& message) { return message.id == "@64-4@%s"; });
     if (hasNoBom && isNoArchive) {
         return failure(path, (kind.empty() ? "the file begins with unknown bytes" : "this is " + kind) +
                                  ", not a hardware definition container");
@@ -138,8 +144,9 @@ CommandError refusal(const std::string& path, HeldMessages& messages)
         messages.tellAll();
         return failure(path, "the container can't be opened");
     }
-    return failure(path, "this is a zip archive without a bill of materials that can be read (\"hwdef.xml\" or "
-                         "\"sysdef.xml\" on its top level), not a hardware definition container, or a damaged one");
+    return failure(path,
+                   "this is a zip archive without a bill of materials that can be read (\"hwdef.xml\" or "
+                   "\"sysdef.xml\" on its top level), not a hardware definition container, or a damaged one");
 }
 
 std::unique_ptr<HHDFHwDef> tryToOpen(const std::string& path)
@@ -227,7 +234,8 @@ std::vector<std::string> typeTokens()
 {
     std::vector<std::string> tokens;
     for (unsigned type = 0; type <= HHDFHwDefFileTypes::UNKNOWN; ++type) {
-        const auto token = HHDFHwDefFileTypes::getHWHFileTypeStr(static_cast<HHDFHwDefFileTypes::HWHFileType>(type));
+        const auto token =
+            HHDFHwDefFileTypes::getHWHFileTypeStr(static_cast<HHDFHwDefFileTypes::HWHFileType>(type));
         // Two types are written as another one.
         if (std::find(tokens.begin(), tokens.end(), token) == tokens.end()) {
             tokens.push_back(token);

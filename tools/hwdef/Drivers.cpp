@@ -20,7 +20,8 @@ public:
     void define(Arguments& arguments) override
     {
         arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
-        arguments.option("-C,--directory", "DIR", Kind::DIRECTORY, dir_, "Write the files below this directory");
+        arguments.option("-C,--directory", "DIR", Kind::DIRECTORY, dir_,
+                         "Write the files below this directory");
     }
 
     ExitCode run(Output& output) override;

@@ -11,18 +11,20 @@ namespace {
 void checkDigest(const Container& container)
 {
     if (container.archive->hasDigest() && HUTZip::checkIntegrity(HUTFile(container.path)) != HUTZip::INTACT) {
-        throw CommandError(printable(container.path) +
-                           ": the archive was changed after it was written: its digest is wrong; --force edits it "
-                           "all the same, and records a new digest");
+        throw CommandError(
+            printable(container.path) +
+            ": the archive was changed after it was written: its digest is wrong; --force edits it "
+            "all the same, and records a new digest");
     }
 }
 
 void checkBom(const Recipe& recipe, const Container& container)
 {
     if (!tellsAll(recipe, container)) {
-        throw CommandError(printable(container.path) + ": \"" + container.bomName() +
-                           "\" is of other hands, and may say what an edit would lose; --rewrite-bom writes it anew "
-                           "with all that hwdef knows of it");
+        throw CommandError(
+            printable(container.path) + ": \"" + container.bomName() +
+            "\" is of other hands, and may say what an edit would lose; --rewrite-bom writes it anew "
+            "with all that hwdef knows of it");
     }
 }
 
@@ -35,7 +37,8 @@ void defineLeave(Arguments& arguments, EditLeave& leave)
     arguments.flag("--force", leave.toBless, "Edit an archive whose digest is wrong");
 }
 
-void editContainer(const std::string& path, const EditLeave& leave, const std::function<void(Recipe&)>& change)
+void editContainer(const std::string& path, const EditLeave& leave,
+                   const std::function<void(Recipe&)>& change)
 {
     const Container container = openContainer(path);
     Recipe recipe = recipeOf(container);

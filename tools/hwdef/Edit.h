@@ -18,4 +18,5 @@ void defineLeave(Arguments& arguments, EditLeave& leave);
 /// Changes the recipe of the container at `path` and writes it in its place. Members that the change leaves
 /// alone keep their bytes as they are compressed, and the BOM all that it says. Throws CommandError and
 /// HEXAll; the container is then as it was.
-void editContainer(const std::string& path, const EditLeave& leave, const std::function<void(Recipe&)>& change);
+void editContainer(const std::string& path, const EditLeave& leave,
+                   const std::function<void(Recipe&)>& change);

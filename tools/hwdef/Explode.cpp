@@ -16,15 +16,18 @@ constexpr const char* recipeName = "recipe.json";
 class Explode : public Verb {
 public:
     Explode()
-        : Verb(130, {"explode",
-                     "Take a container apart",
-                     "Writes every member as a file below a directory, and a readable recipe, recipe.json, of what "
-                     "the bill of materials says. \"hwdef build -o OUT DIR/recipe.json\" gives the container back, "
-                     "byte for byte when it was packed by hwdef or its library; explode tries this out and says so "
-                     "when the bytes differ. A bill of materials of other hands that the recipe can't tell in full is "
-                     "kept as a file and taken as it is.",
-                     {{"hwdef explode design.hdf parts", "members and recipe below parts"},
-                      {"hwdef build -o again.hdf parts/recipe.json", "the container again"}}})
+        : Verb(
+              130,
+              {"explode",
+               "Take a container apart",
+               "Writes every member as a file below a directory, and a readable recipe, recipe.json, of what "
+               "the bill of materials says. \"hwdef build -o OUT DIR/recipe.json\" gives the container back, "
+               "byte for byte when it was packed by hwdef or its library; explode tries this out and says so "
+               "when the bytes differ. A bill of materials of other hands that the recipe can't tell in full "
+               "is "
+               "kept as a file and taken as it is.",
+               {{"hwdef explode design.hdf parts", "members and recipe below parts"},
+                {"hwdef build -o again.hdf parts/recipe.json", "the container again"}}})
     {
     }
 
@@ -86,7 +89,8 @@ void Explode::checkDirectory() const
         throw CommandError(printable(dir_) + ": this is " + kindOf(dir_) + ", not a directory");
     }
     if (!isForced_ && fs::exists(dir_) && !fs::is_empty(dir_)) {
-        throw CommandError(printable(dir_) + ": the directory isn't empty; --force writes into it all the same");
+        throw CommandError(printable(dir_) +
+                           ": the directory isn't empty; --force writes into it all the same");
     }
 }
 

@@ -15,21 +15,23 @@ using Member = HHDFHwDefArchive::Member;
 class Extract : public Verb {
 public:
     Extract()
-        : Verb(40, {"extract",
-                    "Write members as files",
-                    "Writes members as files below a directory, all of them or those named. A name with *, ? or "
-                    "[ stands for every member that it matches. A member whose name leads out of the directory is "
-                    "refused; the others are written all the same.",
-                    {{"hwdef extract design.hdf -C out", "every member, as a file below out"},
-                     {"hwdef extract design.hdf '*.bit'", "the bitstreams, into this directory"}}})
+        : Verb(
+              40,
+              {"extract",
+               "Write members as files",
+               "Writes members as files below a directory, all of them or those named. A name with *, ? or "
+               "[ stands for every member that it matches. A member whose name leads out of the directory is "
+               "refused; the others are written all the same.",
+               {{"hwdef extract design.hdf -C out", "every member, as a file below out"},
+                {"hwdef extract design.hdf '*.bit'", "the bitstreams, into this directory"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
         arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
-        arguments.operands("MEMBER", Kind::MEMBER, names_, "Names or patterns of members; all when there are none",
-                           false);
+        arguments.operands("MEMBER", Kind::MEMBER, names_,
+                           "Names or patterns of members; all when there are none", false);
         arguments.option("-C,--directory", "DIR", Kind::DIRECTORY, dir_,
                          "The directory, made when it isn't there; this one when not given");
     }

@@ -15,12 +15,13 @@ namespace {
 class Info : public Verb {
 public:
     Info()
-        : Verb(10, {"info",
-                    "Show what a container is",
-                    "Shows device, mode, versions, resources, files by type, partitions, and whether the archive "
-                    "is as it was written.",
-                    {{"hwdef info design.hdf", "all of this for people"},
-                     {"hwdef info --json design.hdf", "the same for programs"}}})
+        : Verb(10,
+               {"info",
+                "Show what a container is",
+                "Shows device, mode, versions, resources, files by type, partitions, and whether the archive "
+                "is as it was written.",
+                {{"hwdef info design.hdf", "all of this for people"},
+                 {"hwdef info --json design.hdf", "the same for programs"}}})
     {
     }
 
@@ -108,7 +109,8 @@ void showResources(const HHDFHwDef& definition, Output& output)
     Table table("lrlrr");
     for (const Resource& one : resources) {
         const auto percent = one.percent();
-        table.row({one.name, printable(one.used), one.available.empty() ? "" : "of " + printable(one.available),
+        table.row({one.name, printable(one.used),
+                   one.available.empty() ? "" : "of " + printable(one.available),
                    percent ? bar(*percent, output) : "", percent ? percentText(*percent) : ""});
     }
     output.lines(table.lines(2));
@@ -123,8 +125,8 @@ void showFiles(const Container& container, Output& output)
         packed += member.packedBytes;
     }
     output.line(output.paint(Style::BOLD, counted(container.files().size(), "file")) + ", " +
-                counted(container.archive->members().size(), "member") + " of " + readableSize(size) + ", packed " +
-                readableSize(packed));
+                counted(container.archive->members().size(), "member") + " of " + readableSize(size) +
+                ", packed " + readableSize(packed));
     Table table("rl");
     for (const auto& [type, count] : countsByType(container)) {
         table.row({std::to_string(count), output.paint(Style::CYAN, type)});

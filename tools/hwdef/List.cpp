@@ -12,20 +12,22 @@ using Member = HHDFHwDefArchive::Member;
 struct Row {
     std::string name;
     std::string type;
-    const Member* member;             ///< null when the archive has none
-    const HHDFHwDefFile* entry;       ///< null when it isn't a file of the BOM
+    const Member* member;        ///< null when the archive has none
+    const HHDFHwDefFile* entry;  ///< null when it isn't a file of the BOM
 };
 
 class List : public Verb {
 public:
     List()
-        : Verb(20, {"list",
-                    "List the files of a container",
-                    "Lists what a container's bill of materials names, in its order: files with type, size and "
-                    "name, then the files of drivers.",
-                    {{"hwdef list design.hdf", "every file with its type and size"},
-                     {"hwdef list --type BIT --long design.hdf", "the bitstreams, with all that is known of them"},
-                     {"hwdef list --json design.hdf", "the same for programs"}}})
+        : Verb(
+              20,
+              {"list",
+               "List the files of a container",
+               "Lists what a container's bill of materials names, in its order: files with type, size and "
+               "name, then the files of drivers.",
+               {{"hwdef list design.hdf", "every file with its type and size"},
+                {"hwdef list --type BIT --long design.hdf", "the bitstreams, with all that is known of them"},
+                {"hwdef list --json design.hdf", "the same for programs"}}})
     {
     }
 
@@ -33,8 +35,10 @@ public:
     {
         arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
         arguments.option("-t,--type", "TYPE", Kind::TYPE, type_, "Only files of this type");
-        arguments.flag("-l,--long", isLong_, "Packed sizes, checksums, roles, hierarchy and attributes as well");
-        arguments.flag("-a,--all", isAll_, "The bill of materials, and members that it doesn't list, as well");
+        arguments.flag("-l,--long", isLong_,
+                       "Packed sizes, checksums, roles, hierarchy and attributes as well");
+        arguments.flag("-a,--all", isAll_,
+                       "The bill of materials, and members that it doesn't list, as well");
     }
 
     ExitCode run(Output& output) override;
@@ -55,13 +59,15 @@ std::vector<Row> allRows(const Container& container)
 {
     std::vector<Row> rows;
     for (const HHDFHwDefFile* file : container.files()) {
-        rows.push_back({file->getFileName(), typeToken(*file), container.archive->find(file->getFileName()), file});
+        rows.push_back(
+            {file->getFileName(), typeToken(*file), container.archive->find(file->getFileName()), file});
     }
     const std::string driverType = HHDFHwDefFileTypes::getHWHFileTypeStr(HHDFHwDefFileTypes::DRIVER_SRC);
     for (const auto& [name, files] : container.definition->getDriverFilesMap()) {
         for (const HHDFHwDefDriver& file : files) {
             const Member* const member = container.driverMember(file);
-            rows.push_back({member == nullptr ? file.getRelativeName() : member->name, driverType, member, nullptr});
+            rows.push_back(
+                {member == nullptr ? file.getRelativeName() : member->name, driverType, member, nullptr});
         }
     }
     return rows;
@@ -76,8 +82,8 @@ void addOthers(const Container& container, std::vector<Row>& rows)
     }
     for (const Member& member : container.archive->members()) {
         if (!listed.contains(&member)) {
-            rows.push_back({member.name, member.name == container.bomName() ? "(BOM)" : "(unlisted)", &member,
-                            nullptr});
+            rows.push_back(
+                {member.name, member.name == container.bomName() ? "(BOM)" : "(unlisted)", &member, nullptr});
         }
     }
 }
@@ -171,8 +177,8 @@ void List::show(const std::vector<Row>& rows, Output& output) const
         }
         total += row.member->sizeBytes;
         const std::string size = readableSize(row.member->sizeBytes);
-        table.row(isLong_ ? std::vector{type, size, readableSize(row.member->packedBytes), crcText(*row.member),
-                                        name, details(row)}
+        table.row(isLong_ ? std::vector{type, size, readableSize(row.member->packedBytes),
+                                        crcText(*row.member), name, details(row)}
                           : std::vector{type, size, name});
     }
     output.lines(table.lines());

@@ -12,7 +12,9 @@ namespace {
 class Manual : public Verb {
 public:
     Manual()
-        : Verb(910, {"_manual", "Write the manual pages", "Writes the manual pages as files into a directory.", {}})
+        : Verb(
+              910,
+              {"_manual", "Write the manual pages", "Writes the manual pages as files into a directory.", {}})
     {
     }
 
@@ -64,8 +66,8 @@ std::string header(const std::string& name, const std::string& summary)
     for (char& letter : title) {
         letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
     }
-    return ".TH " + roff(title) + " 1 \"\" \"hwdef " + HUTEnv::getProductVersion() + "\" \"User Commands\"\n.SH NAME\n" +
-           roff(name) + " \\- " + roff(summary) + "\n";
+    return ".TH " + roff(title) + " 1 \"\" \"hwdef " + HUTEnv::getProductVersion() +
+           "\" \"User Commands\"\n.SH NAME\n" + roff(name) + " \\- " + roff(summary) + "\n";
 }
 
 std::string synopsis(const Verb& verb, const Arguments& arguments)
@@ -73,7 +75,8 @@ std::string synopsis(const Verb& verb, const Arguments& arguments)
     std::string text = ".SH SYNOPSIS\n.B hwdef " + roff(verb.text().name) + "\n[\\fIOPTIONS\\fR]";
     for (const Argument& argument : arguments.all()) {
         if (!argument.isOption()) {
-            const std::string name = "\\fI" + roff(argument.names) + "\\fR" + (argument.isList() ? "..." : "");
+            const std::string name =
+                "\\fI" + roff(argument.names) + "\\fR" + (argument.isList() ? "..." : "");
             text += argument.isRequired ? " " + name : " [" + name + "]";
         }
     }
@@ -118,26 +121,29 @@ std::string pageOf(Verb& verb)
     verb.define(arguments);
     defineSettings(arguments, settings);
     return header("hwdef-" + verb.text().name, verb.text().summary) + synopsis(verb, arguments) +
-           ".SH DESCRIPTION\n" + paragraphs(verb.text().description) + ".SH ARGUMENTS\n" + options(arguments, false) +
-           ".SH OPTIONS\n" + options(arguments, true) + examples(verb.text()) + exitStatus +
-           ".SH \"SEE ALSO\"\n.BR hwdef (1)\n";
+           ".SH DESCRIPTION\n" + paragraphs(verb.text().description) + ".SH ARGUMENTS\n" +
+           options(arguments, false) + ".SH OPTIONS\n" + options(arguments, true) + examples(verb.text()) +
+           exitStatus + ".SH \"SEE ALSO\"\n.BR hwdef (1)\n";
 }
 
 std::string overview()
 {
-    std::string text = header("hwdef", "work with hardware definition containers") +
-                       ".SH SYNOPSIS\n.B hwdef\n\\fIVERB\\fR [\\fIOPTIONS\\fR] ...\n.SH DESCRIPTION\n"
-                       "Looks into hardware definition containers, and checks, builds, compares and merges them. "
-                       "Each verb has a page of its own.\n.SH VERBS\n";
+    std::string text =
+        header("hwdef", "work with hardware definition containers") +
+        ".SH SYNOPSIS\n.B hwdef\n\\fIVERB\\fR [\\fIOPTIONS\\fR] ...\n.SH DESCRIPTION\n"
+        "Looks into hardware definition containers, and checks, builds, compares and merges them. "
+        "Each verb has a page of its own.\n.SH VERBS\n";
     for (const Verb* verb : verbs()) {
         if (!verb->isHidden()) {
-            text += ".TP\n\\fB" + roff(verb->text().name) + "\\fR\n" + roff(verb->text().summary) + ". See \\fBhwdef\\-" +
-                    roff(verb->text().name) + "\\fR(1).\n";
+            text += ".TP\n\\fB" + roff(verb->text().name) + "\\fR\n" + roff(verb->text().summary) +
+                    ". See \\fBhwdef\\-" + roff(verb->text().name) + "\\fR(1).\n";
         }
     }
     return text + exitStatus +
-           ".SH ENVIRONMENT\n.TP\nNO_COLOR\nWhen it is set to anything, no colours are used unless they are asked "
-           "for.\n.TP\nSOURCE_DATE_EPOCH\nThe time that members of new containers get, in seconds since 1970.\n"
+           ".SH ENVIRONMENT\n.TP\nNO_COLOR\nWhen it is set to anything, no colours are used unless they are "
+           "asked "
+           "for.\n.TP\nSOURCE_DATE_EPOCH\nThe time that members of new containers get, in seconds since "
+           "1970.\n"
            ".TP\nTMPDIR\nWhere the scratch directory of the process is made.\n";
 }
 

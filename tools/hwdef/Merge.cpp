@@ -13,14 +13,16 @@ namespace {
 class Merge : public Verb {
 public:
     Merge()
-        : Verb(170, {"merge",
-                     "Merge containers",
-                     "Folds containers into a new one: properties from the first that names a part; files, drivers "
-                     "and attributes from all. Where names meet, the later container counts. The report tells what "
-                     "came from where, and what met. Files of one name and different bytes end a "
-                     "--dry-run with exit code 1; --strict then writes nothing and ends with it too.",
-                     {{"hwdef merge base.hdf overlay.hdf -o all.hdf", "merges two containers"},
-                      {"hwdef merge base.hdf overlay.hdf -o all.hdf --dry-run", "only tells what would meet"}}})
+        : Verb(
+              170,
+              {"merge",
+               "Merge containers",
+               "Folds containers into a new one: properties from the first that names a part; files, drivers "
+               "and attributes from all. Where names meet, the later container counts. The report tells what "
+               "came from where, and what met. Files of one name and different bytes end a "
+               "--dry-run with exit code 1; --strict then writes nothing and ends with it too.",
+               {{"hwdef merge base.hdf overlay.hdf -o all.hdf", "merges two containers"},
+                {"hwdef merge base.hdf overlay.hdf -o all.hdf --dry-run", "only tells what would meet"}}})
     {
     }
 
@@ -135,7 +137,8 @@ void addMeetings(const char* kind, const BroughtByName& brought, std::vector<Mee
     }
 }
 
-void bring(BroughtByName& brought, const std::string& name, const Container& container, const std::string& value)
+void bring(BroughtByName& brought, const std::string& name, const Container& container,
+           const std::string& value)
 {
     auto& all = brought[name];
     if (all.empty() || all.back().container != &container) {
@@ -204,7 +207,8 @@ void checkWritten(const std::vector<Container>& containers, const std::string& p
         for (const HHDFHwDefFile* file : container.files()) {
             const std::string name = file->getFileName();
             if (container.archive->find(name) != nullptr && written.find(name) == nullptr) {
-                throw CommandError(printable(path) + ": member \"" + printable(name) + "\" could not be taken over");
+                throw CommandError(printable(path) + ": member \"" + printable(name) +
+                                   "\" could not be taken over");
             }
         }
     }
@@ -225,9 +229,10 @@ void showMeetings(const std::vector<Meeting>& meetings, Output& output)
 {
     Table table("llll");
     for (const Meeting& meeting : meetings) {
-        table.row({meeting.kind, printable(meeting.name),
-                   meeting.isSame ? output.paint(Style::DIM, "the same") : output.paint(Style::YELLOW, "different"),
-                   "from " + printable(meeting.containers.back())});
+        table.row(
+            {meeting.kind, printable(meeting.name),
+             meeting.isSame ? output.paint(Style::DIM, "the same") : output.paint(Style::YELLOW, "different"),
+             "from " + printable(meeting.containers.back())});
     }
     output.lines(table.lines(2));
 }

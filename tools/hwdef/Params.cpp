@@ -10,11 +10,13 @@ namespace {
 class Params : public Verb {
 public:
     Params()
-        : Verb(70, {"params",
-                    "Show software parameters",
-                    "Shows the software parameters in the first file of a type, which must stand on the archive's "
-                    "top level.",
-                    {{"hwdef params design.hdf PS_CONFIG", "the parameters of the processing system"}}})
+        : Verb(
+              70,
+              {"params",
+               "Show software parameters",
+               "Shows the software parameters in the first file of a type, which must stand on the archive's "
+               "top level.",
+               {{"hwdef params design.hdf PS_CONFIG", "the parameters of the processing system"}}})
     {
     }
 

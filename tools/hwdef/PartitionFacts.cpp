@@ -31,7 +31,8 @@ void forEach(const HXMLWElement& element, const char* name, Visit visit)
 
 PartitionFacts::Partition partitionOf(const HXMLWElement& element)
 {
-    PartitionFacts::Partition partition = {valueOf(element, "Instance_Path"), valueOf(element, "DEFALUT_CONFIG_RM"), {}};
+    PartitionFacts::Partition partition = {
+        valueOf(element, "Instance_Path"), valueOf(element, "DEFALUT_CONFIG_RM"), {}};
     forEach(element, "File", [&](const HXMLWElement& file) {
         partition.files.push_back({valueOf(file, "RM_NAME"), valueOf(file, "Name")});
     });
@@ -69,8 +70,9 @@ PartitionFacts partitionFacts(const Container& container)
                 [&](const HXMLWElement& element) { facts.partitions.push_back(partitionOf(element)); });
     });
     forEach(*root, "PRConfigurations", [&](const HXMLWElement& list) {
-        forEach(list, "PRConfiguration",
-                [&](const HXMLWElement& element) { facts.configurations.push_back(configurationOf(element)); });
+        forEach(list, "PRConfiguration", [&](const HXMLWElement& element) {
+            facts.configurations.push_back(configurationOf(element));
+        });
     });
     return facts;
 }

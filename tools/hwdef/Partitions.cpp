@@ -56,7 +56,8 @@ Tree treeOf(const PartitionFacts::Partition& partition, const Output& output)
 {
     Tree tree = {output.paint(Style::BOLD, printable(partition.path)), {}};
     for (const auto& [module, files] : modulesOf(partition)) {
-        const std::string mark = module == partition.defaultModule ? output.paint(Style::GREEN, " (default)") : "";
+        const std::string mark =
+            module == partition.defaultModule ? output.paint(Style::GREEN, " (default)") : "";
         tree.children.push_back({printable(module) + mark + ": " + joined(files), {}});
     }
     return tree;
@@ -67,7 +68,8 @@ Tree treeOf(const PartitionFacts::Configuration& configuration, const Output& ou
     const std::string mark = configuration.isActive ? output.paint(Style::GREEN, " (active)") : "";
     Tree tree = {output.paint(Style::BOLD, printable(configuration.name)) + mark, {}};
     for (const auto& cell : configuration.cells) {
-        const std::string chosen = cell.module.empty() ? output.paint(Style::DIM, "gray box") : printable(cell.module);
+        const std::string chosen =
+            cell.module.empty() ? output.paint(Style::DIM, "gray box") : printable(cell.module);
         tree.children.push_back({printable(cell.path) + ": " + chosen, {}});
     }
     return tree;

@@ -28,11 +28,11 @@ extern "C" void remember(int signal)
 /// handler.
 void watch(int signal)
 {
-    struct sigaction action{};
+    struct sigaction action {};
     action.sa_handler = remember;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     // A signal that the starter of this process has told it to ignore stays ignored.
-    struct sigaction earlier{};
+    struct sigaction earlier {};
     if (::sigaction(signal, nullptr, &earlier) == 0 && earlier.sa_handler != SIG_IGN) {
         ::sigaction(signal, &action, nullptr);
     }
@@ -91,8 +91,8 @@ private:
         const auto percent = static_cast<unsigned>(total > 0 ? 100 * done / total : 0);
         const double rate = done / seconds;
         const double left = rate > 0 ? (total - done) / rate : 0;
-        const std::string text = std::to_string(percent) + " %  " + readableSize(progress.doneBytes) + " of " +
-                                 readableSize(progress.totalBytes) + "  " +
+        const std::string text = std::to_string(percent) + " %  " + readableSize(progress.doneBytes) +
+                                 " of " + readableSize(progress.totalBytes) + "  " +
                                  readableSize(static_cast<std::uint64_t>(rate)) + "/s  " + timeText(left) +
                                  " left  " + printable(progress.member);
         return text.substr(0, terminalWidth() - 1);

@@ -62,7 +62,9 @@ bool setMode(HHDFHwDef& definition, const std::string& text)
     if (!isPre && !isPost && !text.empty()) {
         return false;
     }
-    return definition.setModeType(isPre ? Types::PRE_SYNTHESIS : isPost ? Types::POST_SYNTHESIS : Types::MODE_UNSET);
+    return definition.setModeType(isPre    ? Types::PRE_SYNTHESIS
+                                  : isPost ? Types::POST_SYNTHESIS
+                                           : Types::MODE_UNSET);
 }
 
 std::string getVersion(const HHDFHwDef& definition)
@@ -75,8 +77,8 @@ bool setVersion(HHDFHwDef& definition, const std::string& text)
     // Only definitions of version 1 are read when a container is opened.
     constexpr std::string_view major = "1.";
     int minor = 0;
-    const auto [end, error] = std::from_chars(text.data() + std::min(major.size(), text.size()),
-                                              text.data() + text.size(), minor);
+    const auto [end, error] =
+        std::from_chars(text.data() + std::min(major.size(), text.size()), text.data() + text.size(), minor);
     if (!text.starts_with(major) || error != std::errc() || end != text.data() + text.size() || minor < 0) {
         return false;
     }

@@ -34,8 +34,12 @@ std::vector<Assignment> propertiesOf(const HHDFHwDef& definition, const std::str
 Recipe::File fileOf(const HHDFHwDefFile& entry)
 {
     const bool hasRole = entry.getBDFileType() != Types::UNKNOWN_BD;
-    return {entry.getFileName(),  "", typeToken(entry), hasRole ? Types::getHWHBDTypeStr(entry.getBDFileType()) : "",
-            entry.getHierPath(), entry.getHwSrcDB(),
+    return {entry.getFileName(),
+            "",
+            typeToken(entry),
+            hasRole ? Types::getHWHBDTypeStr(entry.getBDFileType()) : "",
+            entry.getHierPath(),
+            entry.getHwSrcDB(),
             entry.hasFileAttrs() ? entry.getFileAttrs() : HHDFHwDef::Texts()};
 }
 
@@ -82,8 +86,8 @@ void addFiles(const Recipe& recipe, const std::string& container, HHDFHwDef& def
 {
     for (const Recipe::File& file : recipe.files) {
         // Only the file's name reaches the BOM; of a member that stays, there is no path to tell.
-        definition.addFileToBom(file.path.empty() ? container + "/" + file.name : file.path, typeOf(file.type),
-                                file.hierarchy, Types::getHWHBDType(file.role));
+        definition.addFileToBom(file.path.empty() ? container + "/" + file.name : file.path,
+                                typeOf(file.type), file.hierarchy, Types::getHWHBDType(file.role));
     }
     std::vector<HHDFHwDefFile*> entries;
     definition.getBomFiles(entries);
@@ -264,7 +268,8 @@ void cook(const Recipe& recipe, const std::string& path, const HHDFHwDefArchive*
         ::setenv("SOURCE_DATE_EPOCH", std::to_string(*recipe.modified).c_str(), 1);
     }
     const HHDFCTmpDirObject scratch("hwdef");
-    const std::string bom = recipe.bomPath.empty() ? stageBom(recipe, path, scratch.getDir()) : recipe.bomPath;
+    const std::string bom =
+        recipe.bomPath.empty() ? stageBom(recipe, path, scratch.getDir()) : recipe.bomPath;
     std::vector<HHDFHwDefArchive::Part> parts;
     for (const auto& [name, file] : recipe.members.empty() ? membersOf(recipe) : recipe.members) {
         parts.push_back({name, name == recipe.bomName ? bom : file});

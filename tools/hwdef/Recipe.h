@@ -64,7 +64,8 @@ bool tellsAll(const Recipe& recipe, const Container& container);
 /// Writes the container that a recipe describes. Members without a path come from `present`, which may be
 /// replaced by it. Throws CommandError and HEXAll; what stood at the path is then as it was.
 void cook(const Recipe& recipe, const std::string& path, const HHDFHwDefArchive* present);
-/// The members that packing writes, in its order, the BOM first; of two files of one name the last one counts.
+/// The members that packing writes, in its order, the BOM first; of two files of one name the last one
+/// counts.
 std::vector<Recipe::Member> membersOf(const Recipe& recipe);
 /// Sets a property or an attribute; see assign(). An attribute without a value is taken away.
 void setIn(Recipe& recipe, const Assignment& assignment);

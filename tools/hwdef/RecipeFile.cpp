@@ -240,13 +240,16 @@ public:
     Recipe read(const Node& root) const
     {
         Recipe recipe;
-        root.eachText("properties",
-                      [&](const auto& key, const auto& value) { recipe.properties.emplace_back(key, value); });
+        root.eachText("properties", [&](const auto& key, const auto& value) {
+            recipe.properties.emplace_back(key, value);
+        });
         recipe.digest = root.text("digest");
-        root.eachText("attributes", [&](const auto& key, const auto& value) { recipe.attributes[key] = value; });
+        root.eachText("attributes",
+                      [&](const auto& key, const auto& value) { recipe.attributes[key] = value; });
         root.each("files", [&](const Node& node) { recipe.files.push_back(file(node)); });
         root.each("drivers", [&](const Node& node) { recipe.drivers.push_back(driver(node)); });
-        root.each("partitions", [&](const Node& node) { recipe.partitions.partitions.push_back(partition(node)); });
+        root.each("partitions",
+                  [&](const Node& node) { recipe.partitions.partitions.push_back(partition(node)); });
         root.each("configurations",
                   [&](const Node& node) { recipe.partitions.configurations.push_back(configuration(node)); });
         recipe.isStacked = root.flag("stacked", false);
@@ -256,7 +259,10 @@ public:
     }
 
 private:
-    std::string resolved(const std::string& path) const { return path.empty() ? path : (dir_ / path).string(); }
+    std::string resolved(const std::string& path) const
+    {
+        return path.empty() ? path : (dir_ / path).string();
+    }
 
     Recipe::File file(const Node& node) const
     {
@@ -267,7 +273,8 @@ private:
         file.role = node.text("role");
         file.hierarchy = node.text("hierarchy");
         file.sourceDatabase = node.text("sourceDatabase");
-        node.eachText("attributes", [&](const auto& name, const auto& value) { file.attributes[name] = value; });
+        node.eachText("attributes",
+                      [&](const auto& name, const auto& value) { file.attributes[name] = value; });
         return file;
     }
 
@@ -291,7 +298,8 @@ private:
 
     static PartitionFacts::Configuration configuration(const Node& node)
     {
-        PartitionFacts::Configuration configuration = {node.at("name").text(), node.flag("active", false), {}};
+        PartitionFacts::Configuration configuration = {
+            node.at("name").text(), node.flag("active", false), {}};
         node.each("cells", [&](const Node& one) {
             PartitionFacts::Cell cell = {one.at("path").text(), one.text("module"), {}};
             if (!cell.module.empty()) {
@@ -317,7 +325,8 @@ private:
     void readArchive(const Node& root, Recipe& recipe) const
     {
         recipe.bomPath = resolved(root.text("bom"));
-        recipe.bomName = recipe.bomPath.empty() ? "" : std::filesystem::path(recipe.bomPath).filename().string();
+        recipe.bomName =
+            recipe.bomPath.empty() ? "" : std::filesystem::path(recipe.bomPath).filename().string();
         root.each("members", [&](const Node& node) {
             recipe.members.push_back({node.at("name").text(), resolved(node.text("path"))});
         });
@@ -371,7 +380,8 @@ Recipe readRecipe(const std::string& path)
     const std::string text = readFile(path);
     rapidjson::Document document;
     // Iterative, for nesting of any depth.
-    document.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(text.data(), text.size());
+    document.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(text.data(),
+                                                                                           text.size());
     if (document.HasParseError()) {
         throw CommandError(printable(path) + ": byte " + std::to_string(document.GetErrorOffset()) + ": " +
                            rapidjson::GetParseError_En(document.GetParseError()));

@@ -10,7 +10,8 @@ public:
     Remove()
         : Verb(160, {"remove",
                      "Remove members",
-                     "Removes members, and what the bill of materials lists under their names, from a container; all "
+                     "Removes members, and what the bill of materials lists under their names, from a "
+                     "container; all "
                      "other members keep their bytes.",
                      {{"hwdef remove design.hdf debug.ltx", "removes one member"}}})
     {
@@ -42,8 +43,8 @@ bool removeFrom(Recipe& recipe, const std::string& name)
     std::size_t count = std::erase_if(recipe.files, isNamed) + std::erase_if(recipe.members, isNamed);
     for (Recipe::Driver& driver : recipe.drivers) {
         // A driver's file may be packed without the directory that it is listed with.
-        count += std::erase_if(driver.files,
-                               [&](const auto& one) { return isNamed(one) || one.name == "drivers/" + name; });
+        count += std::erase_if(
+            driver.files, [&](const auto& one) { return isNamed(one) || one.name == "drivers/" + name; });
     }
     std::erase_if(recipe.drivers, [](const Recipe::Driver& driver) { return driver.files.empty(); });
     return count != 0;

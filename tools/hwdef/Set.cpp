@@ -7,14 +7,16 @@ namespace {
 class Set : public Verb {
 public:
     Set()
-        : Verb(140, {"set",
-                     "Set properties and attributes",
-                     "Sets properties of the design in a container; all members keep their bytes. Properties are "
-                     "part, arch, device, package, speed, board, mode, version, tool, top, used.lut, available.lut "
-                     "(and ff, bram, dsp), and attribute.NAME for a free attribute, which is taken away when its "
-                     "value is empty.",
-                     {{"hwdef set design.hdf board=evb-1 speed=-2", "sets two properties"},
-                      {"hwdef set design.hdf attribute.flow=", "takes the attribute flow away"}}})
+        : Verb(
+              140,
+              {"set",
+               "Set properties and attributes",
+               "Sets properties of the design in a container; all members keep their bytes. Properties are "
+               "part, arch, device, package, speed, board, mode, version, tool, top, used.lut, available.lut "
+               "(and ff, bram, dsp), and attribute.NAME for a free attribute, which is taken away when its "
+               "value is empty.",
+               {{"hwdef set design.hdf board=evb-1 speed=-2", "sets two properties"},
+                {"hwdef set design.hdf attribute.flow=", "takes the attribute flow away"}}})
     {
     }
 

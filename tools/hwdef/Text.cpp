@@ -38,7 +38,8 @@ std::string escaped(std::string_view bytes)
     std::string text;
     for (const char byte : bytes) {
         std::array<char, 5> hex{};
-        std::snprintf(hex.data(), hex.size(), "\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(byte)));
+        std::snprintf(hex.data(), hex.size(), "\\x%02x",
+                      static_cast<unsigned>(static_cast<unsigned char>(byte)));
         text += hex.data();
     }
     return text;

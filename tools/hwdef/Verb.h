@@ -18,8 +18,8 @@ enum class ExitCode {
 /// What people read about a verb.
 struct VerbText {
     std::string name;
-    std::string summary;      ///< one line, without a full stop
-    std::string description;  ///< paragraphs, separated by empty lines
+    std::string summary;                                        ///< one line, without a full stop
+    std::string description;                                    ///< paragraphs, separated by empty lines
     std::vector<std::pair<std::string, std::string>> examples;  ///< command line, and what it does
 };
 

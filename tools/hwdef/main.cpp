@@ -52,8 +52,8 @@ int runVerb(Verb& verb, std::vector<std::string> words)
 int runWords(std::vector<std::string> words)
 {
     // Options may stand in front of the verb as well.
-    const auto verbWord =
-        std::find_if(words.begin(), words.end(), [](const std::string& word) { return word.empty() || word[0] != '-'; });
+    const auto verbWord = std::find_if(
+        words.begin(), words.end(), [](const std::string& word) { return word.empty() || word[0] != '-'; });
     if (verbWord == words.end()) {
         const std::string first = words.empty() ? "" : words.front();
         if (first == "--version") {
@@ -62,8 +62,9 @@ int runWords(std::vector<std::string> words)
         if (first == "--help" || first == "-h") {
             return say(generalHelp());
         }
-        throw CommandError((words.empty() ? "a verb is missing" : "a verb is missing behind \"" + first + "\"") +
-                           "\nTry \"hwdef --help\".");
+        throw CommandError(
+            (words.empty() ? "a verb is missing" : "a verb is missing behind \"" + first + "\"") +
+            "\nTry \"hwdef --help\".");
     }
     Verb* const verb = findVerb(*verbWord);
     if (verb == nullptr) {
