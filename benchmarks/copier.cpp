@@ -21,7 +21,7 @@ int main(int argc, char** argv)
                 throw HEXAll(reason);
             }
         }
-        to.commit(false);
+        to.commit();
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {
         std::cerr << error.what() << "\n";

@@ -84,7 +84,7 @@ void HUTZip::compress(const HUTFile& archive, const std::string& file, std::uint
     if (!writer.addFile(file, memberName(file, options), reason)) {
         throw zip::archiveError(path, reason);
     }
-    writer.commit(false);
+    writer.commit();
 }
 
 void HUTZip::attachDigest(const HUTFile& archive)

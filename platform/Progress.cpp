@@ -47,7 +47,7 @@ ProgressWatch::~ProgressWatch()
     innermost_ = outer_;
 }
 
-ProgressWork::ProgressWork(std::string_view subject, unsigned passes) : passes_(passes)
+ProgressWork::ProgressWork(std::string_view subject)
 {
     ProgressWatch* watch = ProgressWatch::innermost_;
     if (current_ == nullptr && watch != nullptr && watch->function_ && !watch->isTelling_) {

@@ -15,9 +15,8 @@ namespace platform {
 /// The static operations serve the parts that do the work. They cost one comparison when nobody watches.
 class ProgressWork {
 public:
-    /// `subject` is what a cancelled call's text begins with, the archive's path; the call handles each
-    /// byte that is expected `passes` times.
-    explicit ProgressWork(std::string_view subject, unsigned passes = 1);
+    /// `subject` is what a cancelled call's text begins with, the archive's path.
+    explicit ProgressWork(std::string_view subject);
     ~ProgressWork();
     ProgressWork(const ProgressWork&) = delete;
     ProgressWork& operator=(const ProgressWork&) = delete;
@@ -28,7 +27,7 @@ public:
     static void expect(std::uint64_t bytes)
     {
         if (current_ != nullptr) [[unlikely]] {
-            current_->totalBytes_ += current_->passes_ * bytes;
+            current_->totalBytes_ += bytes;
         }
     }
     /// Nothing but these bytes is left to be handled.
@@ -64,7 +63,6 @@ private:
 
     ProgressWatch* watch_ = nullptr;
     std::string subject_;
-    unsigned passes_;
     std::uint64_t doneBytes_ = 0;
     std::uint64_t totalBytes_ = 0;
 

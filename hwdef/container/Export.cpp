@@ -59,7 +59,7 @@ void exportToArchive(const HHDFHwDefImp& def, const std::string& bomPath, const 
         if (present != nullptr) {
             keepOtherMembers(def, *present, archive);
         }
-        archive.commit(false);
+        archive.commit();
     } catch (const platform::Cancelled&) {
         throw;
     } catch (const HEXAll& error) {

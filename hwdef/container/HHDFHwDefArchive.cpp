@@ -146,10 +146,9 @@ void HHDFHwDefArchive::extract(const std::string& name, const std::string& direc
 void HHDFHwDefArchive::write(const std::string& path, const std::vector<Part>& parts,
                              const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest)
 {
-    // What is written is read once more for the archive's digest.
-    const platform::ProgressWork work(path, attachDigest ? 2 : 1);
+    const platform::ProgressWork work(path);
     expectParts(parts, present);
-    ArchiveWriter archive(path);
+    ArchiveWriter archive(path, attachDigest ? ArchiveWriter::Digest::ATTACHED : ArchiveWriter::Digest::NONE);
     for (const Part& part : parts) {
         if (part.file.empty() && present == nullptr) {
             throw HEXAll(path + ": member \"" + part.name + "\" can't be added: it has no source");
@@ -158,5 +157,5 @@ void HHDFHwDefArchive::write(const std::string& path, const std::vector<Part>& p
         add(archive, path, part, present == nullptr ? nullptr : &present->impl_->reader_, entry);
     }
     archive.setComment(comment);
-    archive.commit(attachDigest);
+    archive.commit();
 }

@@ -36,14 +36,13 @@ bool HHDFHwDefImp::packageHDFContainer(bool)
     if (bomPath.empty()) {
         return false;
     }
-    // What is written is read once more for the archive's digest.
-    const platform::ProgressWork work(container->path(), 2);
+    const platform::ProgressWork work(container->path());
     try {
         std::string path;
         container->getFullPath(path);
-        ArchiveWriter archive(path);
+        ArchiveWriter archive(path, ArchiveWriter::Digest::ATTACHED);
         addAllMembers(*this, bomPath, path, archive);
-        archive.commit(true);
+        archive.commit();
         return true;
     } catch (const HEXAll& error) {
         ComMsgMgr::sendMessage(error.what(), false);

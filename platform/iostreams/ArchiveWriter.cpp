@@ -19,13 +19,13 @@ namespace iostreams::zip {
 /// needed: each holds buffers that a run without such members can do without.
 class ArchiveWriter::Impl {
 public:
-    explicit Impl(const std::string& path) : path_(path), target_(path), out_(target_.file(), 0) {}
+    Impl(const std::string& path, Digest digest);
 
     MemberWriter& files();
     MemberCopier& members();
     bool contains(std::string_view name) const { return index_.find(name) != RecordIndex::NONE; }
     bool add(NewMember& member, std::string& reason);
-    void commit(bool attachDigest);
+    void commit();
 
     std::string path_;
     std::string comment_;
@@ -33,16 +33,24 @@ public:
 private:
     void makeWay(std::size_t oldRecord, Entry& entry);
     void writeDirectory(EndRecord& end);
-    void writeDigest();
 
     platform::ReplacementFile target_;
     BufferedOutput out_;
+    const bool attachesDigest_;
     std::string directory_;                       ///< the records, dropped ones included
     std::map<std::size_t, std::size_t> dropped_;  ///< position and size of records in `directory_`
     RecordIndex index_{directory_};
     std::unique_ptr<MemberWriter> files_;
     std::unique_ptr<MemberCopier> members_;
 };
+
+ArchiveWriter::Impl::Impl(const std::string& path, Digest digest)
+    : path_(path), target_(path), out_(target_.file(), 0), attachesDigest_(digest == Digest::ATTACHED)
+{
+    if (attachesDigest_) {
+        out_.startDigest();
+    }
+}
 
 MemberWriter& ArchiveWriter::Impl::files()
 {
@@ -107,18 +115,11 @@ void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
     out_.write(record);
 }
 
-void ArchiveWriter::Impl::writeDigest()
-{
-    const std::uint64_t covered = out_.position() - platform::ArchiveDigest::DIGITS;
-    out_.overwrite(covered, platform::ArchiveDigest::ofFile(target_.file(), covered));
-    out_.flush();
-}
-
-void ArchiveWriter::Impl::commit(bool attachDigest)
+void ArchiveWriter::Impl::commit()
 {
     EndRecord end;
     end.comment = comment_;
-    if (attachDigest) {
+    if (attachesDigest_) {
         end.comment += platform::ArchiveDigest::MARK + std::string(platform::ArchiveDigest::DIGITS, '0');
     }
     if (end.comment.size() > std::numeric_limits<std::uint16_t>::max()) {
@@ -126,17 +127,18 @@ void ArchiveWriter::Impl::commit(bool attachDigest)
                            "a comment of " + std::to_string(end.comment.size()) + " bytes is too long");
     }
     writeDirectory(end);
-    out_.flush();
-    if (attachDigest) {
-        writeDigest();
+    if (attachesDigest_) {
+        const std::uint64_t covered = out_.position() - platform::ArchiveDigest::DIGITS;
+        out_.overwrite(covered, out_.digest(covered));
     }
+    out_.flush();
     // A member that was taken back may have left more bytes than those that took its place.
     target_.file().truncate(out_.position());
     target_.commit();
 }
 
-ArchiveWriter::ArchiveWriter(const std::string& path)
-try : impl_(std::make_unique<Impl>(path)) {
+ArchiveWriter::ArchiveWriter(const std::string& path, Digest digest)
+try : impl_(std::make_unique<Impl>(path, digest)) {
 } catch (const platform::FileError& error) {
     throw archiveError(path, error);
 }
@@ -180,10 +182,10 @@ bool ArchiveWriter::addMember(const ArchiveReader& archive, const Entry& entry, 
     }
 }
 
-void ArchiveWriter::commit(bool attachDigest)
+void ArchiveWriter::commit()
 {
     try {
-        impl_->commit(attachDigest);
+        impl_->commit();
     } catch (const platform::FileError& error) {
         throw archiveError(impl_->path_, error);
     }

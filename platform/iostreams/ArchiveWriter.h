@@ -20,7 +20,10 @@ namespace iostreams::zip {
 /// zip_exception and leave the writer fit for destruction only.
 class ArchiveWriter {
 public:
-    explicit ArchiveWriter(const std::string& path);
+    /// Whether the archive gets the archive digest (see HUTZip).
+    enum class Digest { NONE, ATTACHED };
+
+    explicit ArchiveWriter(const std::string& path, Digest digest = Digest::NONE);
     ~ArchiveWriter();
     ArchiveWriter(const ArchiveWriter&) = delete;
     ArchiveWriter& operator=(const ArchiveWriter&) = delete;
@@ -41,9 +44,9 @@ public:
     /// 65,535 bytes, else commit() fails.
     void setComment(std::string_view comment);
 
-    /// Writes the directory and puts the archive in place; with `attachDigest` the archive digest
-    /// (see HUTZip) is part of it. Throws zip_exception; the old archive is then as it was.
-    void commit(bool attachDigest);
+    /// Writes the directory, and the digest, and puts the archive in place. Throws zip_exception; the old
+    /// archive is then as it was.
+    void commit();
 
 private:
     class Impl;

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/ProgressWork.h"
+
 namespace iostreams::zip {
 
 namespace {
@@ -12,6 +14,8 @@ namespace {
 constexpr std::size_t bufferBytes = 128 * 1024;
 /// From here on a copy costs more than the system call that it saves.
 constexpr std::size_t directBytes = bufferBytes / 2;
+/// What is read for a digest comes in pieces that the processor's second cache keeps.
+constexpr std::size_t digestBytes = bufferBytes / 2;
 
 }  // namespace
 
@@ -28,6 +32,7 @@ void BufferedOutput::write(std::string_view bytes)
     if (bytes.size() >= directBytes) {
         flush();
         put(bytes, flushed_);
+        digestPassing(bytes);
         flushed_ += bytes.size();
         return;
     }
@@ -39,13 +44,32 @@ void BufferedOutput::copyFrom(const platform::File& from, std::uint64_t sizeByte
 {
     flush();
     checkLimit(flushed_, sizeBytes);
+    if (digest_) {
+        copyAndDigest(from, sizeBytes, offset);
+        return;
+    }
     from.copyTo(file_, sizeBytes, offset, flushed_);
     flushed_ += sizeBytes;
+}
+
+void BufferedOutput::copyAndDigest(const platform::File& from, std::uint64_t sizeBytes, std::uint64_t offset)
+{
+    while (sizeBytes > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(sizeBytes, digestBytes));
+        if (from.readAt(buffer_.data(), wanted, offset) < wanted) {
+            throw platform::FileError(from.path(), "read (the file ends early)", EIO);
+        }
+        used_ = wanted;
+        flush();
+        sizeBytes -= wanted;
+        offset += wanted;
+    }
 }
 
 void BufferedOutput::overwrite(std::uint64_t position, std::string_view bytes)
 {
     assert(position + bytes.size() <= this->position());
+    distrustFrom(position);
     if (position < flushed_) {
         const auto inFile =
             static_cast<std::size_t>(std::min<std::uint64_t>(flushed_ - position, bytes.size()));
@@ -61,6 +85,8 @@ void BufferedOutput::overwrite(std::uint64_t position, std::string_view bytes)
 void BufferedOutput::rewind(std::uint64_t position)
 {
     assert(position <= this->position());
+    distrustFrom(position);
+    release();
     used_ = position < flushed_ ? 0 : static_cast<std::size_t>(position - flushed_);
     flushed_ = std::min(flushed_, position);
 }
@@ -69,6 +95,7 @@ void BufferedOutput::removeStretch(std::uint64_t from, std::uint64_t to)
 {
     const std::uint64_t end = position();
     assert(from <= to && to <= end);
+    distrustFrom(from);
     if (from >= flushed_) {
         char* target = buffer_.data() + (from - flushed_);
         std::memmove(target, buffer_.data() + (to - flushed_), static_cast<std::size_t>(end - to));
@@ -90,9 +117,80 @@ void BufferedOutput::removeStretch(std::uint64_t from, std::uint64_t to)
 
 void BufferedOutput::flush()
 {
-    put({buffer_.data(), used_}, flushed_);
+    const std::string_view gathered(buffer_.data(), used_);
+    put(gathered, flushed_);
+    digestPassing(gathered);
     flushed_ += used_;
     used_ = 0;
+}
+
+void BufferedOutput::startDigest()
+{
+    assert(position() == 0);
+    digest_.emplace();
+}
+
+void BufferedOutput::hold()
+{
+    digestPassing({buffer_.data(), used_});
+    held_ = true;
+}
+
+std::string BufferedOutput::digest(std::uint64_t sizeBytes)
+{
+    assert(!held_ && sizeBytes <= position());
+    if (!digest_ || digested_ > sizeBytes) {
+        digest_.reset();
+        flush();
+        return platform::ArchiveDigest::ofFile(file_, sizeBytes);
+    }
+    if (sizeBytes < flushed_) {
+        digestFile(sizeBytes);
+    } else {
+        digestPassing({buffer_.data(), static_cast<std::size_t>(sizeBytes - flushed_)});
+    }
+    const std::string digits = digest_->finish();
+    digest_.reset();
+    return digits;
+}
+
+/// Takes up bytes whose place is behind those flushed, as far as they aren't digested yet, and what was
+/// held in front of them.
+void BufferedOutput::digestPassing(std::string_view bytes)
+{
+    if (!digest_ || held_) {
+        return;
+    }
+    digestFile(flushed_);
+    bytes.remove_prefix(std::min<std::uint64_t>(digested_ - flushed_, bytes.size()));
+    digest_->add(bytes);
+    digested_ += bytes.size();
+}
+
+/// Takes up what has reached the file without being digested, up to `end`.
+void BufferedOutput::digestFile(std::uint64_t end)
+{
+    if (digested_ >= end) {
+        return;
+    }
+    platform::Buffer piece(digestBytes);
+    while (digested_ < end) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - digested_, digestBytes));
+        if (file_.readAt(piece.data(), wanted, digested_) < wanted) {
+            throw platform::FileError(file_.path(), "read back (the file ends early)", EIO);
+        }
+        digest_->add({piece.data(), wanted});
+        digested_ += wanted;
+        platform::ProgressWork::advance({}, 0);  // it can be cancelled here
+    }
+}
+
+/// Bytes from `position` on are about to change: a digest of them is of no use.
+void BufferedOutput::distrustFrom(std::uint64_t position)
+{
+    if (position < digested_) {
+        digest_.reset();
+    }
 }
 
 void BufferedOutput::checkLimit(std::uint64_t position, std::uint64_t sizeBytes) const

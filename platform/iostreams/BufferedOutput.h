@@ -3,8 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
+#include <string>
 #include <string_view>
 
+#include "platform/ArchiveDigest.h"
 #include "platform/Buffer.h"
 #include "platform/File.h"
 
@@ -40,15 +43,33 @@ public:
     /// Hands what is gathered to the file.
     void flush();
 
+    /// Computes the archive digest as bytes pass, while they are in the processor's caches, in place of
+    /// reading the file once more. For an output that begins with the file and has put out nothing yet.
+    void startDigest();
+    /// What is put out from here on will be overwritten, until release() or a rewind: the digest takes it
+    /// up when it is final.
+    void hold();
+    void release() { held_ = false; }
+    /// The archive digest of the file's first `sizeBytes` bytes, at most position(); to be had once.
+    std::string digest(std::uint64_t sizeBytes);
+
 private:
     void checkLimit(std::uint64_t position, std::uint64_t sizeBytes) const;
     void put(std::string_view bytes, std::uint64_t position) const;
+    void copyAndDigest(const platform::File& from, std::uint64_t sizeBytes, std::uint64_t offset);
+    void digestPassing(std::string_view bytes);
+    void digestFile(std::uint64_t end);
+    void distrustFrom(std::uint64_t position);
 
     const platform::File& file_;
     std::uint64_t limit_;
     std::uint64_t flushed_;  ///< position of the buffer's first byte
     std::size_t used_ = 0;
     platform::Buffer buffer_;
+
+    std::optional<platform::ArchiveDigest> digest_;  ///< of the file's first `digested_` bytes
+    std::uint64_t digested_ = 0;
+    bool held_ = false;
 };
 
 }  // namespace iostreams::zip

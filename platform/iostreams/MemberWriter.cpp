@@ -169,6 +169,7 @@ std::uint64_t MemberWriter::estimateSaving(std::string_view chunk)
 void MemberWriter::startPass(BufferedOutput& out)
 {
     out.rewind(entry_.headerOffset);
+    out.hold();
     header_.clear();
     Entry largest = entry_;
     largest.compressedSize = entry_.size;
@@ -186,6 +187,7 @@ void MemberWriter::endPass(BufferedOutput& out, const Entry& entry)
                           std::to_string(entry_.size) + " when it was opened");
     }
     out.overwrite(entry.headerOffset, header_);
+    out.release();
     entry_ = entry;
 }
 

@@ -180,7 +180,7 @@ bool hasUnreadableVersion(const HHDFHwDef& def)
 }
 
 /// Whether some driver's file is a member of another name than is written for it. The second rewriting
-/// looks for that name, finds none, and leaves the member out.
+/// finds the member under its old name and gives it the new one.
 bool hasMisnamedDrivers(const HHDFHwDef& def)
 {
     const auto drivers = def.getDriverFilesMap();

@@ -96,6 +96,15 @@ const char* const bomOfEverything = R"(<?xml version="1.0"?>
 </Project>
 )";
 
+/// No mode, a version that isn't set, a driver's file beside "drivers" in one of two spellings, a default
+/// module that two match: what rewriting gives another form.
+const char* const bomThatRewritingChanges = R"(<Project Version='2' Minor='-1'>
+  <DRIVERS><DRIVER IP_VLNV='gpio'><File PATH='src/gpio.c'/><File PATH='drivers/src/gpio.c'/></DRIVER></DRIVERS>
+  <Instance_Paths><Reconfigurable_Partition Instance_Path='top/rp0' DEFALUT_CONFIG_RM='rm'>
+    <File RM_NAME='RM' Name='1.bit'/><File RM_NAME='Rm' Name='2.bit'/></Reconfigurable_Partition></Instance_Paths>
+</Project>
+)";
+
 const char* const board = R"(<Board Type='Integrated'><BASEBOARD Name='b'><File PATH='x//y.xml'/></BASEBOARD>
 <DAUGHTERBOARD Name='d' Connector='j1'><File PATH='/z'/></DAUGHTERBOARD>
 <JUMPERS><JUMPER Name='j' Value='1'/></JUMPERS></Board>)";
@@ -142,6 +151,8 @@ void containerSeeds(const char* target)
                         {"a/b", "3"},
                         {"drivers/../../x", "4"},
                         {"drivers/a//b", "5"}}));
+    seed(target, "renamed", fuzz::inputOf({{"hwdef.xml", bomThatRewritingChanges}, {"src/gpio.c", "1"}}));
+    seed(target, "negative", fuzz::inputOf({{"hwdef.xml", "<Project Version='1' Minor='-2'/>"}}));
     seed(target, "integrity", fuzz::inputOf({{"hwdef.xml", "<a Version='1' Minor='3' DIGEST='x'/>"}}));
 }
 

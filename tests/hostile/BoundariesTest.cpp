@@ -115,7 +115,7 @@ TEST_P(MemberCount, isReadByUsAndByOthers)
         std::string reason;
         ASSERT_TRUE(writer.addFile(dir / "source", std::to_string(number), reason)) << reason;
     }
-    writer.commit(false);
+    writer.commit();
 
     const std::string count = std::to_string(GetParam());
     EXPECT_EQ(ArchiveReader(dir / "a.zip").entries().size(), GetParam());
@@ -138,7 +138,7 @@ TEST_P(MemberCount, growsByOneMoreInPlace)
             std::string reason;
             ASSERT_TRUE(writer.addFile(dir / "source", std::to_string(number), reason)) << reason;
         }
-        writer.commit(false);
+        writer.commit();
     }
     std::string reason;
     ASSERT_TRUE(iostreams::zip::appendFile(dir / "source", "last", dir / "a.zip", reason)) << reason;
@@ -160,7 +160,7 @@ TEST_P(MemberSize, isReadByUsAndByOthers)
     ArchiveWriter writer(dir / "a.zip");
     ASSERT_TRUE(writer.addFile(dir / "large", "large", reason)) << reason;
     ASSERT_TRUE(writer.addFile(dir / "small", "small", reason)) << reason;
-    writer.commit(false);
+    writer.commit();
 
     const ArchiveReader archive(dir / "a.zip");
     ASSERT_NE(archive.find("large"), nullptr);

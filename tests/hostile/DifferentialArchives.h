@@ -40,7 +40,7 @@ inline void writeOurs(const std::string& path, const Members& members, const Tem
         std::string reason;
         ASSERT_TRUE(writer.addFile(dir / "source", name, reason)) << reason;
     }
-    writer.commit(false);
+    writer.commit();
 }
 
 /// Draws members; the same seed gives the same ones. Some names are up to `longest` bytes longer than others.

@@ -228,7 +228,7 @@ TEST(Command, showsProgressOnATerminalAndEndsWithoutATrace)
         }
     });
     EXPECT_EQ(run.exitCode, 128 + SIGINT);
-    EXPECT_TRUE(contains(run.out, " of 6.00 GiB  "));
+    EXPECT_TRUE(contains(run.out, " of 3.00 GiB  "));
     EXPECT_TRUE(contains(run.out, "/s  "));
     EXPECT_TRUE(contains(run.out, "long.bit"));
     EXPECT_TRUE(contains(run.out, "out.hdf: cancelled after "));

@@ -136,7 +136,7 @@ TEST_F(Append, givesTheBytesOfAnArchiveWrittenAtOnce)
     EXPECT_TRUE(writer.addFile(dir_ / "source", "a", reason_));
     support::writeFile(dir_ / "source", support::randomBytes(400000, 2));
     EXPECT_TRUE(writer.addFile(dir_ / "source", "b", reason_));
-    writer.commit(false);
+    writer.commit();
     EXPECT_TRUE(support::readFile(path_) == appended);
 }
 
@@ -287,7 +287,7 @@ TEST_F(Append, keepsAProgramThatTheOffsetsCountIn)
 
 TEST_F(Append, addsToAnArchiveWithoutMembers)
 {
-    iostreams::zip::ArchiveWriter(path_).commit(false);
+    iostreams::zip::ArchiveWriter(path_).commit();
     EXPECT_TRUE(append("a", "content of a"));
     EXPECT_EQ(support::readArchive(path_), (Members{{"a", "content of a"}}));
 }

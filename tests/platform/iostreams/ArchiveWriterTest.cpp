@@ -45,13 +45,13 @@ TEST_F(ArchiveWriter, writesMembersInTheOrderAdded)
     EXPECT_TRUE(add(writer, "sysdef.xml", "<a/>"));
     EXPECT_TRUE(add(writer, "b.bit", support::randomBytes(5000, 1)));
     EXPECT_TRUE(add(writer, "a.txt", support::textBytes(5000, 1)));
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "sysdef.xml b.bit a.txt");
 }
 
 TEST_F(ArchiveWriter, writesAnArchiveWithoutMembers)
 {
-    Writer(path_).commit(false);
+    Writer(path_).commit();
     EXPECT_EQ(support::readFile(path_).size(), 22U);
     EXPECT_EQ(ArchiveReader(path_).entries().size(), 0U);
 }
@@ -64,7 +64,7 @@ TEST_F(ArchiveWriter, writesManySmallMembersWithFewCalls)
     for (int i = 0; i < 1000; ++i) {
         ASSERT_TRUE(writer.addFile(dir_ / "source", "member" + std::to_string(i), reason_));
     }
-    writer.commit(false);
+    writer.commit();
     EXPECT_LE(calls.count(FailingSystemCalls::WRITE), 2U);
     EXPECT_EQ(ArchiveReader(path_).entries().size(), 1000U);
 }
@@ -73,10 +73,10 @@ TEST_F(ArchiveWriter, givesTheSameBytesForTheSameInput)
 {
     std::string bytes[2];
     for (std::string& result : bytes) {
-        Writer writer(path_);
+        Writer writer(path_, Writer::Digest::ATTACHED);
         add(writer, "a", support::textBytes(600000, 6));
         add(writer, "b", support::randomBytes(600000, 6));
-        writer.commit(true);
+        writer.commit();
         result = support::readFile(path_);
     }
     EXPECT_TRUE(bytes[0] == bytes[1]);
@@ -88,7 +88,7 @@ TEST_F(ArchiveWriter, replacesAMemberOfTheSameName)
     add(writer, "a", "first");
     add(writer, "b", "other");
     add(writer, "a", "second");
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "b a");
     EXPECT_EQ(support::memberOf(path_, "a"), "second");
 }
@@ -108,7 +108,7 @@ TEST_F(ArchiveWriter, cutsTheLastMemberWhenItIsReplaced)
         if (replaced == 1) {
             add(writer, "c", "last");
         }
-        writer.commit(false);
+        writer.commit();
         bytes[replaced] = support::readFile(path_);
     }
     EXPECT_TRUE(bytes[0] == bytes[1]);
@@ -130,7 +130,7 @@ TEST_F(ArchiveWriter, goesOnAfterASourceThatIsMissing)
     EXPECT_EQ(reason_, (dir_ / "missing") + ": can't open: No such file or directory");
     EXPECT_FALSE(writer.addFile(dir_.path(), "d", reason_));
     EXPECT_EQ(reason_, dir_.path() + ": can't open as a regular file: Invalid argument");
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "a");
     EXPECT_EQ(support::memberOf(path_, "a"), "first");
 }
@@ -152,7 +152,7 @@ TEST_F(ArchiveWriter, refusesNamesThatNoArchiveCanHold)
     EXPECT_EQ(reason_,
               "member \"" + std::string(40, 'n') + "...\": its name has 65536 bytes, allowed are 65535");
     EXPECT_TRUE(add(writer, std::string(65535, 'n'), "x"));
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(ArchiveReader(path_).entries().front().name.size(), 65535U);
 }
 
@@ -168,7 +168,7 @@ TEST_F(ArchiveWriter, takesBackAMemberWhoseSourceFailsHalfWay)
         EXPECT_EQ(reason_, (dir_ / "large") + ": can't read: Input/output error");
     }
     add(writer, "b", "last");
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "a b");
     EXPECT_LT(support::readFile(path_).size(), 1000U);
 }
@@ -179,7 +179,7 @@ TEST_F(ArchiveWriter, leavesTheOldFileUntilCommit)
     Writer writer(path_);
     add(writer, "a", "first");
     EXPECT_EQ(support::readFile(path_), "old");
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "a");
 }
 
@@ -210,27 +210,68 @@ TEST_F(ArchiveWriter, mayReplaceTheArchiveThatItCopiesFrom)
     EXPECT_TRUE(copy(writer, from, "b"));
     EXPECT_TRUE(add(writer, "c", "new"));
     EXPECT_TRUE(copy(writer, from, "a"));
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::readArchive(path_),
               (support::Members{{"b", "content of b"}, {"c", "new"}, {"a", "content of a"}}));
 }
 
 TEST_F(ArchiveWriter, attachesADigestOfAllItsOtherBytes)
 {
-    Writer writer(path_);
+    Writer writer(path_, Writer::Digest::ATTACHED);
     add(writer, "large", support::textBytes(2000000, 12));
-    writer.commit(true);
+    writer.commit();
     const std::string bytes = support::readFile(path_);
     EXPECT_EQ(bytes.substr(bytes.size() - 77, 13), "hwdef-sha256:");
     EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
     EXPECT_EQ(support::namesIn(path_), "large");
 }
 
+TEST_F(ArchiveWriter, attachesTheDigestOfWhateverWasAddedAndReplaced)
+{
+    const std::string compressible = support::textBytes(2 * CHUNK, 12);
+    const std::string random = support::randomBytes(2 * CHUNK, 12);
+    const std::string from = dir_ / "from.zip";
+    support::writeArchive(from, {{"copied", random}, {"small", "1"}});
+    const ArchiveReader reader(from);
+    Writer writer(path_, Writer::Digest::ATTACHED);
+    for (const std::string& content : {std::string("small"), compressible, random}) {
+        add(writer, "first", content);
+        add(writer, "other", "in between");
+        EXPECT_TRUE(copy(writer, reader, "copied"));
+        EXPECT_FALSE(writer.addFile(dir_ / "missing", "x", reason_));
+        add(writer, "last", content);
+        EXPECT_TRUE(copy(writer, reader, "small"));
+        add(writer, "last", content + "2");
+        add(writer, "last", content);
+    }
+    writer.setComment(std::string(65535 - 77, 'c'));
+    writer.commit();
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
+    EXPECT_EQ(support::memberOf(path_, "last"), random);
+}
+
+TEST_F(ArchiveWriter, readsNothingBackForTheDigestOfCopies)
+{
+    const std::string from = dir_ / "from.zip";
+    support::writeArchive(from, {{"a", support::randomBytes(4 * CHUNK, 12)}, {"b", "1"}});
+    const ArchiveReader reader(from);
+    unsigned reads[2] = {};
+    for (const auto digest : {Writer::Digest::NONE, Writer::Digest::ATTACHED}) {
+        Writer writer(path_, digest);
+        EXPECT_TRUE(copy(writer, reader, "a"));
+        EXPECT_TRUE(copy(writer, reader, "b"));
+        FailingSystemCalls calls;
+        writer.commit();
+        reads[digest == Writer::Digest::ATTACHED] = calls.count(FailingSystemCalls::READ);
+    }
+    EXPECT_EQ(reads[1], reads[0]);
+}
+
 TEST_F(ArchiveWriter, putsACommentInFrontOfTheDigest)
 {
-    Writer writer(path_);
+    Writer writer(path_, Writer::Digest::ATTACHED);
     writer.setComment("a comment ");
-    writer.commit(true);
+    writer.commit();
     const std::string bytes = support::readFile(path_);
     EXPECT_EQ(bytes.substr(22, 23), "a comment hwdef-sha256:");
     EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
@@ -238,14 +279,14 @@ TEST_F(ArchiveWriter, putsACommentInFrontOfTheDigest)
 
 TEST_F(ArchiveWriter, refusesACommentThatNoArchiveCanHold)
 {
-    for (const bool attachDigest : {false, true}) {
-        const std::size_t most = attachDigest ? 65535 - 77 : 65535;
-        Writer fits(path_);
+    for (const auto digest : {Writer::Digest::NONE, Writer::Digest::ATTACHED}) {
+        const std::size_t most = digest == Writer::Digest::ATTACHED ? 65535 - 77 : 65535;
+        Writer fits(path_, digest);
         fits.setComment(std::string(most, 'c'));
-        fits.commit(attachDigest);
-        Writer tooLong(path_);
+        fits.commit();
+        Writer tooLong(path_, digest);
         tooLong.setComment(std::string(most + 1, 'c'));
-        EXPECT_THROW(tooLong.commit(attachDigest), zip_exception);
+        EXPECT_THROW(tooLong.commit(), zip_exception);
         EXPECT_EQ(support::readFile(path_).size(), 22U + 65535U);
     }
 }
@@ -256,9 +297,9 @@ TEST_F(ArchiveWriter, keepsTheOldArchiveWhenAnyCallFails)
     support::writeFile(dir_ / "source", support::randomBytes(3 * CHUNK, 13));
     const std::string before = support::readFile(path_);
     const auto write = [&] {
-        Writer writer(path_);
+        Writer writer(path_, Writer::Digest::ATTACHED);
         writer.addFile(dir_ / "source", "m", reason_);
-        writer.commit(true);
+        writer.commit();
     };
     FailingSystemCalls counted;
     counted.fail(FailingSystemCalls::RENAME, 1, EIO);
@@ -283,9 +324,9 @@ TEST_F(ArchiveWriter, showsTheOldOrTheNewArchiveWhereverItDies)
         FailingSystemCalls calls;
         calls.dieAt(FailingSystemCalls::CHANGES, nth, 1000);
         try {
-            Writer writer(path_);
+            Writer writer(path_, Writer::Digest::ATTACHED);
             writer.addFile(dir_ / "source", "m", reason_);
-            writer.commit(true);
+            writer.commit();
         } catch (const zip_exception&) {
         }
         const bool died = calls.died();

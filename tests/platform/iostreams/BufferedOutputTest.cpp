@@ -107,3 +107,163 @@ TEST_F(BufferedOutput, neverWritesBeyondItsLimit)
     EXPECT_THROW(out.flush(), platform::FileError);
     EXPECT_EQ(content(), "12345");
 }
+
+namespace {
+
+/// Bytes are put out in some way; the digest must be that of the file which comes of it.
+class DigestOfOutput : public BufferedOutput {
+protected:
+    DigestOfOutput() { out_.startDigest(); }
+
+    /// Leaves the last bytes to be overwritten, as an archive's own digest is.
+    void expectTheFilesDigest()
+    {
+        out_.write("tail");
+        const std::uint64_t covered = out_.position() - 2;
+        const std::string digest = out_.digest(covered);
+        out_.overwrite(covered, "XY");
+        out_.flush();
+        file_.truncate(out_.position());
+        EXPECT_EQ(digest, platform::ArchiveDigest::ofFile(file_, covered));
+        EXPECT_EQ(content().substr(static_cast<std::size_t>(covered)), "XY");
+    }
+
+    unsigned reads() const { return calls_.count(support::FailingSystemCalls::READ); }
+
+    support::FailingSystemCalls calls_;
+    Output out_{file_, 0};
+};
+
+}  // namespace
+
+TEST_F(DigestOfOutput, isHadWithoutReadingTheFile)
+{
+    out_.write("head");
+    out_.write(large_);
+    for (int i = 0; i < 30; ++i) {
+        out_.write(std::string(10000, 'a'));
+    }
+    EXPECT_EQ(out_.digest(out_.position()).size(), 64U);
+    EXPECT_EQ(reads(), 0U);
+}
+
+TEST_F(DigestOfOutput, coversSmallAndLargePieces)
+{
+    out_.write("head");
+    out_.write(large_);
+    out_.write(std::string(100000, 'b'));
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, coversWhatIsCopied)
+{
+    support::writeFile(dir_ / "from", large_);
+    const File from = File::open(dir_ / "from", O_RDONLY);
+    out_.write("head");
+    out_.copyFrom(from, 200001, 7);
+    expectTheFilesDigest();
+    EXPECT_EQ(content().substr(4, 200001), large_.substr(7, 200001));
+}
+
+TEST_F(DigestOfOutput, tellsWhichSourceEndsEarly)
+{
+    support::writeFile(dir_ / "from", large_);
+    const File from = File::open(dir_ / "from", O_RDONLY);
+    try {
+        out_.copyFrom(from, large_.size() + 1, 0);
+        FAIL() << "copied more than there is";
+    } catch (const platform::FileError& error) {
+        EXPECT_EQ(error.path(), from.path());
+    }
+}
+
+TEST_F(DigestOfOutput, takesWhatIsHeldAsItIsInTheEnd)
+{
+    for (const std::string& body : {std::string("small"), large_}) {
+        out_.write("front");
+        const std::uint64_t begin = out_.position();
+        out_.hold();
+        out_.write("head");
+        out_.write(body);
+        out_.overwrite(begin, "HEAD");
+        out_.release();
+        out_.write("behind");
+    }
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, readsBackWhatWasHeldAndNothingElse)
+{
+    for (int i = 0; i < 10; ++i) {
+        out_.write(large_);
+    }
+    out_.write("front");
+    out_.hold();
+    out_.write("head");
+    out_.overwrite(out_.position() - 4, "HEAD");
+    out_.release();
+    out_.write("behind");
+    const std::uint64_t begin = out_.position();
+    out_.hold();
+    out_.write(std::string(200000, 'h'));
+    out_.overwrite(begin, "HEAD");
+    out_.release();
+    EXPECT_EQ(out_.digest(out_.position()).size(), 64U);
+    EXPECT_EQ(reads(), 4U);  // of 64 KiB each
+}
+
+TEST_F(DigestOfOutput, isThatOfTheFileWhenAStretchOfTheBufferIsTakenOut)
+{
+    out_.write("0123456789");
+    out_.hold();
+    out_.release();
+    out_.write("0123456789");
+    out_.removeStretch(3, 5);
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, takesUpWhatWasHeldUpToTheEnd)
+{
+    out_.hold();
+    out_.write(large_);
+    out_.write("tai");
+    out_.overwrite(1, "X");
+    out_.release();
+    const std::string digest = out_.digest(large_.size() - 1);
+    out_.flush();
+    EXPECT_EQ(digest, platform::ArchiveDigest::ofFile(file_, large_.size() - 1));
+}
+
+TEST_F(DigestOfOutput, isThatOfTheFileWhenWhatWasDigestedChanges)
+{
+    out_.write(large_);
+    out_.write("12345678");
+    out_.flush();
+    out_.overwrite(3, "XYZ");
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, isThatOfTheFileWhenWhatWasDigestedIsTakenBack)
+{
+    out_.write(large_);
+    out_.rewind(1000);
+    out_.write("other");
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, isThatOfTheFileWhenAStretchIsTakenOut)
+{
+    out_.write(large_);
+    out_.removeStretch(1000, 5000);
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, goesOnWhenWhatWasHeldIsTakenBack)
+{
+    out_.write("front");
+    out_.hold();
+    out_.write(large_);
+    out_.rewind(5);
+    out_.write("other");
+    expectTheFilesDigest();
+}

@@ -23,16 +23,16 @@ protected:
         members_.emplace_back(name, content);
     }
 
-    void writeMixture(bool attachDigest)
+    void writeMixture(ArchiveWriter::Digest digest)
     {
-        ArchiveWriter writer(path_);
+        ArchiveWriter writer(path_, digest);
         add(writer, "sysdef.xml", support::textBytes(3000, 1));
         add(writer, "empty", "");
         add(writer, "drivers/uart_v1/data/uart.mdd", "OPTION psf_version = 2.1;\n");
         add(writer, "top.bit", support::randomBytes(600000, 1));
         add(writer, "large.txt", support::textBytes(2000000, 2));
         add(writer, "Schaltplan Größe.pdf", support::randomBytes(1000, 2));
-        writer.commit(attachDigest);
+        writer.commit();
     }
 
     int run(const std::string& command)
@@ -59,16 +59,16 @@ protected:
 
 TEST_F(InteropWrite, isReadByOthersWithAndWithoutDigest)
 {
-    writeMixture(false);
+    writeMixture(ArchiveWriter::Digest::NONE);
     expectThatAllRead();
     members_.clear();
-    writeMixture(true);
+    writeMixture(ArchiveWriter::Digest::ATTACHED);
     expectThatAllRead();
 }
 
 TEST_F(InteropWrite, isReadByOthersAfterAdditions)
 {
-    writeMixture(true);
+    writeMixture(ArchiveWriter::Digest::ATTACHED);
     support::writeFile(dir_ / "source", "new content");
     ASSERT_TRUE(iostreams::zip::appendFile(dir_ / "source", "new", path_, reason_));
     members_.emplace_back("new", "new content");
@@ -80,7 +80,7 @@ TEST_F(InteropWrite, isReadByOthersAfterAdditions)
 
 TEST_F(InteropWrite, tellsOthersNamesTimesAndModes)
 {
-    writeMixture(false);
+    writeMixture(ArchiveWriter::Digest::NONE);
     ASSERT_EQ(run("python3 -c \"import sys, zipfile\nfor i in zipfile.ZipFile(sys.argv[1]).infolist(): "
                   "print(i.filename, i.date_time, oct(i.external_attr >> 16), i.flag_bits, i.compress_type, "
                   "i.extract_version)\""),
@@ -102,7 +102,7 @@ TEST_F(InteropWrite, isReadByOthersWithMoreMembersThanAPlainEndRecordCounts)
         for (int i = 0; i < count; ++i) {
             ASSERT_TRUE(writer.addFile(dir_ / "source", std::to_string(i), reason_));
         }
-        writer.commit(false);
+        writer.commit();
         EXPECT_EQ(ArchiveReader(path_).entries().size(), static_cast<std::size_t>(count));
         EXPECT_EQ(
             run("python3 -c \"import sys, zipfile; print(len(zipfile.ZipFile(sys.argv[1]).namelist()))\""),

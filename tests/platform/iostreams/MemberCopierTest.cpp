@@ -47,14 +47,14 @@ TEST_F(MemberCopier, copiesMembersAsTheyAreCompressed)
         add(writer, "empty", "");
         add(writer, "large", large);
         add(writer, "noise", support::randomBytes(400000, 11));
-        writer.commit(false);
+        writer.commit();
     }
     const ArchiveReader from(dir_ / "from.hdf");
     Writer writer(path_);
     for (const auto& entry : from.entries()) {
         ASSERT_TRUE(writer.addMember(from, entry, std::string(entry.name), reason_)) << reason_;
     }
-    writer.commit(false);
+    writer.commit();
     EXPECT_TRUE(support::readFile(path_) == support::readFile(dir_ / "from.hdf"));
 }
 
@@ -64,7 +64,7 @@ TEST_F(MemberCopier, copiesAMemberUnderAnotherName)
     const ArchiveReader from(dir_ / "from.hdf");
     Writer writer(path_);
     ASSERT_TRUE(writer.addMember(from, *from.find("b"), "dir/new", reason_));
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::readArchive(path_), (support::Members{{"dir/new", "content of b"}}));
 }
 
@@ -81,7 +81,7 @@ TEST_F(MemberCopier, readsSmallNeighboursTogether)
     for (const auto& entry : from.entries()) {
         ASSERT_TRUE(writer.addMember(from, entry, std::string(entry.name), reason_)) << reason_;
     }
-    writer.commit(false);
+    writer.commit();
     EXPECT_LE(calls.count(FailingSystemCalls::READ | FailingSystemCalls::STATUS), 5U);
     EXPECT_EQ(support::readArchive(path_), members);
 }
@@ -95,7 +95,7 @@ TEST_F(MemberCopier, tellsArchivesApartThatStandAtTheSameAddress)
         const ArchiveReader from(dir_ / (name + ".hdf"));
         ASSERT_TRUE(writer.addMember(from, *from.find("m"), name, reason_)) << reason_;
     }
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::readArchive(path_), (support::Members{{"1", "content 1"}, {"2", "content 2"}}));
 }
 
@@ -111,7 +111,7 @@ TEST_F(MemberCopier, copiesMembersWithLongLocalHeaders)
     Writer writer(path_);
     EXPECT_TRUE(copy(writer, from, "b")) << reason_;
     EXPECT_TRUE(copy(writer, from, "a")) << reason_;
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::readArchive(path_), (support::Members{{"b", "content of b"}, {"a", "content of a"}}));
     EXPECT_LT(support::readFile(path_).size(), 300U);
 }
@@ -164,7 +164,7 @@ TEST_F(MemberCopier, makesNoShortMemberOfAnArchiveThatShrinks)
         }
         EXPECT_FALSE(copy(writer, from, "a"));
         EXPECT_EQ(calls.count(FailingSystemCalls::READ), lengths.size());
-        writer.commit(false);
+        writer.commit();
         EXPECT_EQ(support::readFile(path_).size(), 22U);
     }
 }
@@ -178,6 +178,6 @@ TEST_F(MemberCopier, refusesToCopyAMemberWhoseHeaderDisagrees)
     EXPECT_FALSE(copy(writer, from, "bad_"));
     EXPECT_EQ(reason_, (dir_ / "from.hdf") + ": member \"bad_\": local header has the name \"evil\"");
     EXPECT_TRUE(copy(writer, from, "good"));
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "good");
 }

@@ -30,7 +30,7 @@ protected:
     {
         Writer writer(path_);
         EXPECT_TRUE(add(writer, "m", content)) << reason_;
-        writer.commit(false);
+        writer.commit();
         const ArchiveReader reader(path_);
         EXPECT_EQ(reader.entries().size(), 1U);
         iostreams::zip::Entry entry = reader.entries().front();
@@ -168,7 +168,7 @@ TEST_F(MemberWriter, packsWhatWasReadOfAFileThatShrinks)
         const TruncatingCalls calls(dir_ / "source", 2, CHUNK + 1000);
         ASSERT_TRUE(writer.addFile(dir_ / "source", "m", reason_)) << reason_;
     }
-    writer.commit(false);
+    writer.commit();
     EXPECT_TRUE(support::memberOf(path_, "m") == content.substr(0, CHUNK + 1000));
 }
 
@@ -182,7 +182,7 @@ TEST_F(MemberWriter, storesAFileThatShrinksToNoiseWhileItIsDeflated)
         const TruncatingCalls calls(dir_ / "source", 4, CHUNK);
         ASSERT_TRUE(writer.addFile(dir_ / "source", "m", reason_)) << reason_;
     }
-    writer.commit(false);
+    writer.commit();
     EXPECT_TRUE(support::memberOf(path_, "m") == noise);
     EXPECT_EQ(ArchiveReader(path_).entries().front().method, iostreams::zip::METHOD_STORED);
 }
@@ -197,7 +197,7 @@ TEST_F(MemberWriter, refusesAFileThatShrinksSoMuchThatItsHeaderDoes)
         EXPECT_FALSE(writer.addFile(dir_ / "source", "m", reason_));
     }
     EXPECT_EQ(reason_, (dir_ / "source") + ": has 263144 bytes, had 5368709120 when it was opened");
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::readFile(path_).size(), 22U);
 }
 
@@ -205,7 +205,7 @@ TEST_F(MemberWriter, readsFilesThatDoNotTellTheirSize)
 {
     Writer writer(path_);
     ASSERT_TRUE(writer.addFile("/proc/self/comm", "comm", reason_)) << reason_;
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::memberOf(path_, "comm"), support::readFile("/proc/self/comm"));
 }
 
@@ -218,6 +218,6 @@ TEST_F(MemberWriter, takesAFileThatSaysItIsEmptyUpToOneChunk)
         EXPECT_FALSE(add(writer, "large", std::string(CHUNK, 'x')));
     }
     EXPECT_EQ(reason_, dir_ / "source" + ": its size is given as 0, yet it holds 262144 bytes or more");
-    writer.commit(false);
+    writer.commit();
     EXPECT_EQ(support::namesIn(path_), "small");
 }
