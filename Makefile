@@ -28,6 +28,7 @@ test: build ## Build and run every test
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
 asan: ## Build and run every test under the address and undefined-behaviour sanitizers
+	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/fuzz-packages.txt
 	@$(MAKE) --no-print-directory test PRESET=asan
 
 tsan: ## Run the tests with threads under the thread sanitizer
@@ -41,9 +42,9 @@ soak: configure ## Open 100,000 and write 10,000 times in one process, which mus
 
 fuzz: ## Fuzz each target for SECONDS=60 and keep what was found for the next run
 	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/fuzz-packages.txt
-	@cmake --preset fuzz >/dev/null
-	@cmake --build --preset fuzz -j $(JOBS)
-	@sh tests/fuzz/run.sh build/fuzz/tests/fuzz $(SECONDS) $(JOBS)
+	@cmake --preset asan >/dev/null
+	@cmake --build --preset asan -j $(JOBS) --target fuzzers
+	@sh tests/fuzz/run.sh build/asan/tests/fuzz $(SECONDS) $(JOBS)
 
 coverage: ## Run every test and show which lines of the library none of them reaches
 	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/coverage-packages.txt

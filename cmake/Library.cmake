@@ -21,6 +21,8 @@ set_target_properties(hwdef PROPERTIES
 include(cmake/PublicHeaders.cmake)
 target_sources(hwdef PUBLIC
   FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${HWDEF_PUBLIC_HEADERS})
+# What the public headers need: g++ takes it for granted, clang 14 doesn't.
+target_compile_features(hwdef INTERFACE cxx_std_17)
 target_link_libraries(hwdef
   PUBLIC Boost::headers
   PRIVATE hwdef_objects hwdef_options ${HWDEF_LINKED})

@@ -36,7 +36,7 @@ with_pkg_config() {
     export PKG_CONFIG_PATH
     version=$(pkg-config --modversion hwdef)
     # shellcheck disable=SC2046
-    ${CXX:-g++} "$here/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs hwdef)
+    g++ "$here/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs hwdef)
     LD_LIBRARY_PATH=$(pkg-config --variable=libdir hwdef) run "$work/consumer" "$version"
 }
 
