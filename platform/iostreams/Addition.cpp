@@ -42,17 +42,21 @@ struct OldArchive {
     std::uint64_t tail() const { return directory + records.size(); }
 };
 
-/// Where the data of a member ends, its descriptor included; nothing when its local header is damaged.
-std::optional<std::uint64_t> dataEnd(const platform::File& file, const Entry& entry)
+/// Where the data of a member ends, its descriptor included; nothing when its local header isn't the one
+/// that the directory tells of: what it says of its own length can't be relied on then.
+std::optional<std::uint64_t> dataEnd(const ArchiveReader& reader, const Entry& entry)
 {
     std::array<char, LOCAL_HEADER_BYTES> fixed = {};
-    file.readAt(fixed.data(), fixed.size(), entry.headerOffset);
-    if (load32(fixed.data()) != LOCAL_HEADER_SIGNATURE) {
+    reader.file().readAt(fixed.data(), fixed.size(), entry.headerOffset);
+    std::string header(localHeaderLength(std::string_view(fixed.data(), fixed.size())), '\0');
+    header.resize(reader.file().readAt(header.data(), header.size(), entry.headerOffset));
+    const std::uint64_t descriptor = (entry.flags & FLAG_DESCRIPTOR) != 0 ? LONGEST_DESCRIPTOR_BYTES : 0;
+    try {
+        return entry.headerOffset + checkLocalHeader(header, entry, reader.path()) + entry.compressedSize +
+               descriptor;
+    } catch (const zip_exception&) {
         return {};
     }
-    const std::uint64_t descriptor = (entry.flags & FLAG_DESCRIPTOR) != 0 ? LONGEST_DESCRIPTOR_BYTES : 0;
-    return entry.headerOffset + localHeaderLength(std::string_view(fixed.data(), fixed.size())) +
-           entry.compressedSize + descriptor;
 }
 
 /// Where new data may begin: an addition that was interrupted leaves bytes that belong to no member
@@ -60,7 +64,7 @@ std::optional<std::uint64_t> dataEnd(const platform::File& file, const Entry& en
 std::uint64_t findMembersEnd(const ArchiveReader& reader, std::uint64_t directory)
 {
     const std::optional<Entry> last = reader.directory().lastMember();
-    return last ? std::min(dataEnd(reader.file(), *last).value_or(directory), directory) : directory;
+    return last ? std::min(dataEnd(reader, *last).value_or(directory), directory) : directory;
 }
 
 /// Whether the old state can be found whatever happens on the way. The file must begin with a member:
