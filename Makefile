@@ -57,8 +57,8 @@ coverage: ## Run every test and show which lines of the library none of them rea
 
 valgrind: ## Run the tests under valgrind: no leak, no invalid access
 	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/valgrind-packages.txt
-	@$(MAKE) --no-print-directory build PRESET=debug
-	@sh tests/valgrind.sh build/debug/tests $(JOBS)
+	@$(MAKE) --no-print-directory build
+	@sh tests/valgrind.sh $(BUILD)/tests $(JOBS)
 
 build: configure ## Build the library, the examples and the tests (PRESET=release)
 	@cmake --build --preset $(PRESET) -j $(JOBS)

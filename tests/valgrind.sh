@@ -7,7 +7,7 @@ dir=$1 jobs=$2
 left_out='Bomb BomSizeOf Soak Allocations Limits Threads'
 tests_left_out='*.*AllocationFailed*'
 # Because they take hours: thousands of processes or repetitions of what other tests do once,
-left_out="$left_out KilledProcess FailedCalls FullDisk Damage Collision Differential"
+left_out="$left_out KilledProcess FailedCalls Damage Collision Differential"
 # or tens of thousands of members, and gigabytes.
 left_out="$left_out MemberCount MemberOffset MemberSize StoredSize"
 filter=-$tests_left_out:

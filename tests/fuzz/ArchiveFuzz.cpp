@@ -1,11 +1,17 @@
 // The zip layer's reader: open, list, find and read every member, twice, by the stream of one member
 // and through a copy into another archive.
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <set>
 #include <unordered_map>
+#include <utility>
 
 #include "fuzz/FuzzInput.h"
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
+#include "platform/iostreams/Append.h"
 #include "platform/iostreams/ArchiveReader.h"
 #include "platform/iostreams/ArchiveWriter.h"
 #include "platform/iostreams/MemberReader.h"
@@ -84,6 +90,37 @@ void copyMembers(const ArchiveReader& archive, const std::string& path)
     }
 }
 
+/// The contents of the members that can be read, each with its name.
+std::multiset<std::pair<std::string, std::string>> readableMembers(const std::string& path)
+{
+    std::multiset<std::pair<std::string, std::string>> members;
+    const ArchiveReader archive(path);
+    for (const Entry& entry : archive.entries()) {
+        std::string content;
+        if (entry.size <= mostBytes && readMember(archive, entry, content)) {
+            members.emplace(entry.name, content);
+        }
+    }
+    return members;
+}
+
+/// What can be read stays readable when a member is added, and the member can be read then.
+void addMember(const std::string& path)
+{
+    const std::string source = fuzz::directory() + "/source";
+    std::ofstream(source) << "content";
+    auto before = readableMembers(path);
+    for (auto member = before.begin(); member != before.end();) {
+        member = member->first == "added" ? before.erase(member) : std::next(member);
+    }
+    std::string reason;
+    fuzz::require(iostreams::zip::appendFile(source, "added", path, reason), "a file can be read");
+    before.emplace("added", "content");
+    const auto after = readableMembers(path);
+    fuzz::require(std::includes(after.begin(), after.end(), before.begin(), before.end()),
+                  "an addition keeps what can be read");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -99,6 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             readTwice(archive, entry, content);
         }
         copyMembers(archive, fuzz::directory() + "/copy.hdf");
+        addMember(path);
     } catch (const zip_exception&) {
         // refused: that is an answer
     }

@@ -205,6 +205,12 @@ TEST(Escape, isNotMadeByUnzippingDrivers)
     EXPECT_TRUE(def->unzipDrivers(box.in()));
     EXPECT_EQ(sorted(box.outside()), untouched);
     EXPECT_EQ(support::readFile(box.in() + "/drivers/C:/secret"), "evil");
+    for (const std::string& name : members) {
+        if (name.starts_with("drivers/") && (name + "/").find("/../") != std::string::npos) {
+            EXPECT_NE(messages.joined().find("\"" + name + "\" is not extracted: "), std::string::npos)
+                << name;
+        }
+    }
 }
 
 TEST(Escape, isNotMadeByANameInTheBom)

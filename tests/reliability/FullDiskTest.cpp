@@ -85,6 +85,7 @@ INSTANTIATE_TEST_SUITE_P(Of, FullDisk, testing::ValuesIn(support::operations()),
 TEST_P(FullDisk, leavesTheOldOrTheNewStateWhereverItEnds)
 {
     // Files that are larger at the start are still read, and grow no more.
+    int reported = 0;
     for (rlim_t bytes = 0; bytes <= 6000; bytes += bytes < 200 ? 8 : 97) {
         aftermath_.reset();
         Aftermath::Outcome outcome;
@@ -95,7 +96,9 @@ TEST_P(FullDisk, leavesTheOldOrTheNewStateWhereverItEnds)
         aftermath_.expectOldOrNew(outcome);
         aftermath_.expectNoScratch();
         ASSERT_FALSE(HasFailure()) << bytes;
+        reported += outcome.isReported();
     }
+    EXPECT_EQ(reported > 0, GetParam().tellsOfWrites && aftermath_.writes());
 }
 
 TEST(FullDiskOfItsOwn, keepsTheContainerAndTellsTheReason)

@@ -66,6 +66,7 @@ TEST_P(KilledProcess, leavesTheOldOrTheNewStateInEachCall)
 TEST_P(KilledProcess, leavesTheOldOrTheNewStateBehindSomeBytesOfEachWrite)
 {
     sweep(FailingSystemCalls::WRITE | FailingSystemCalls::COPY, 30);
+    EXPECT_EQ(deaths_ > 0, aftermath_.writes());
 }
 
 TEST_P(KilledProcess, leavesTemporaryFilesWhichHinderNobody)

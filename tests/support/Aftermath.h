@@ -55,6 +55,8 @@ public:
 
     const std::string& dir() const { return dir_; }
     std::string scratch() const { return base_ / "scratch"; }
+    /// Whether the undisturbed operation changes files.
+    bool writes() const { return before_ != after_; }
     /// Puts the directory to its state before the operation.
     void reset();
     /// Runs the operation, with calls in front and behind. An exception other than std::bad_alloc fails
