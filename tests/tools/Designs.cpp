@@ -5,6 +5,7 @@
 #include "hwdef/hwdef.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
+#include "support/ZipBuilder.h"
 
 using support::writeFile;
 using Types = HHDFHwDefFileTypes;
@@ -78,6 +79,15 @@ void writeOther(const std::string& dir)
           support::bomDocument("Version=\"1\" Minor=\"0\"",
                                "<!-- by hand --><File Type=\"BIT\" Name=\"a.bit\"/><UNKNOWN Why=\"x\"/>")},
          {"notes.txt", "not listed"}});
+}
+
+void writeDamaged(const std::string& dir)
+{
+    support::ZipBuilder zip;
+    zip.addStored("hwdef.xml", support::bomOfFiles("7", {"a.bit"}));
+    support::ZipMember& member = zip.addStored("a.bit", "bits");
+    member.local.crc = member.listed.crc = 1;
+    zip.write(dir + "/damaged.hdf");
 }
 
 }  // namespace tools

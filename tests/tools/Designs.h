@@ -12,5 +12,7 @@ void writePartial(const std::string& dir);
 /// Writes DIR/other.hdf: a container of other hands with comments, unknown elements and a member that its
 /// BOM doesn't list.
 void writeOther(const std::string& dir);
+/// Writes DIR/damaged.hdf: a member with another CRC-32 than recorded.
+void writeDamaged(const std::string& dir);
 
 }  // namespace tools

@@ -35,16 +35,6 @@ rapidjson::Document parsed(const std::string& json)
     return document;
 }
 
-/// DIR/damaged.hdf: a member with another CRC-32 than recorded.
-void writeDamaged(const std::string& dir)
-{
-    support::ZipBuilder zip;
-    zip.addStored("hwdef.xml", support::bomOfFiles("7", {"a.bit"}));
-    support::ZipMember& member = zip.addStored("a.bit", "bits");
-    member.local.crc = member.listed.crc = 1;
-    zip.write(dir + "/damaged.hdf");
-}
-
 /// The page of a report on a container of the directory.
 std::string pageOf(const std::string& dir, const std::string& container)
 {
@@ -70,7 +60,7 @@ TEST(Verify, callsAContainerSound)
 TEST(Verify, tellsEachFindingWithPlaceAndAdvice)
 {
     const TempDir dir;
-    writeDamaged(dir.path());
+    tools::writeDamaged(dir.path());
     const CommandRun run = runCommand(dir.path(), {"verify", "damaged.hdf"});
 
     EXPECT_EQ(run.exitCode, 1);
@@ -110,7 +100,7 @@ TEST(Verify, saysWhatAFileIsThatIsNoContainer)
 TEST(Verify, looksAtAllFilesAndEndsWithTheWorst)
 {
     const TempDir dir;
-    writeDamaged(dir.path());
+    tools::writeDamaged(dir.path());
     const CommandRun run = runCommand(dir.path(), {"verify", "missing.hdf", "damaged.hdf"});
 
     EXPECT_EQ(run.exitCode, 2);
@@ -121,7 +111,7 @@ TEST(Verify, looksAtAllFilesAndEndsWithTheWorst)
 TEST(Verify, tellsTheSameAsJson)
 {
     const TempDir dir;
-    writeDamaged(dir.path());
+    tools::writeDamaged(dir.path());
     tools::writeDesign(dir.path());
     const CommandRun run = runCommand(dir.path(), {"verify", "--json", "damaged.hdf", "design.hdf"});
     const rapidjson::Document json = parsed(run.out);
@@ -182,7 +172,7 @@ TEST(Diff, refusesWhatItCantRead)
 {
     const TempDir dir;
     tools::writeDesign(dir.path());
-    writeDamaged(dir.path());
+    tools::writeDamaged(dir.path());
     for (const char* other : {"missing.hdf", "damaged.hdf"}) {
         const CommandRun run = runCommand(dir.path(), {"diff", "--json", "design.hdf", other});
         EXPECT_EQ(run.exitCode, 2);
@@ -214,7 +204,7 @@ TEST(Digest, identifiesTheContent)
 TEST(Digest, refusesWhatItCantRead)
 {
     const TempDir dir;
-    writeDamaged(dir.path());
+    tools::writeDamaged(dir.path());
     const CommandRun run = runCommand(dir.path(), {"digest", "damaged.hdf"});
 
     EXPECT_EQ(run.exitCode, 2);

@@ -162,6 +162,47 @@ TEST_F(Json, ofChangingIsAsInTheManual)
     expectAsInManual(dir(), {{"remove", "design.hdf", "top.bit"}});
 }
 
+TEST_F(Json, ofInspectingIsAsInTheManual)
+{
+    tools::writeDamaged(dir());
+    support::writeArchive(dir_ / "lacking.hdf", {{"hwdef.xml", support::bomOfFiles("7", {"missing.bit"})}});
+    expectAsInManual(dir(), {{"verify", "damaged.hdf", "lacking.hdf", "other.hdf"},
+                             {"verify", "--level", "quick", "design.hdf"}});
+    support::writeFile(dir_ / "top.bit", "new");
+    runCommand(dir(), {"build", "-o", "new.hdf", "top.bit:BIT"});
+    expectAsInManual(dir(), {{"diff", "design.hdf", "new.hdf"},
+                             {"diff", "new.hdf", "design.hdf"},
+                             {"diff", "design.hdf", "design.hdf"}});
+    expectAsInManual(dir(), {{"digest", "design.hdf"}});
+    expectAsInManual(dir(), {{"report", "damaged.hdf", "-o", "r.html"}});
+}
+
+TEST_F(Json, ofEveryVerbIsInTheManual)
+{
+    std::istringstream verbs(runCommand(dir(), {"_complete", ""}).out);
+    const auto schemas = manual();
+    std::size_t count = 0;
+    for (std::string verb; std::getline(verbs, verb);) {
+        if (!verb.starts_with('-')) {
+            EXPECT_TRUE(schemas.contains(verb)) << verb;
+            ++count;
+        }
+    }
+    EXPECT_EQ(count, 18U);
+}
+
+TEST_F(Json, ofVerifyingIsCompleteForTheOthersWhenAFileCantBeRead)
+{
+    const CommandRun run = runCommand(dir(), {"verify", "missing.hdf", "design.hdf", "--json"});
+    EXPECT_EQ(run.exitCode, 2);
+    rapidjson::Document document;
+    document.Parse(run.out.c_str());
+    ASSERT_TRUE(document.IsObject()) << run.out;
+    EXPECT_FALSE(document["sound"].GetBool());
+    ASSERT_EQ(document["containers"].Size(), 1U);
+    EXPECT_STREQ(document["containers"][0]["container"].GetString(), "design.hdf");
+}
+
 TEST_F(Json, tellsValues)
 {
     const auto info = jsonOf(dir(), {"info", "design.hdf"});
