@@ -43,7 +43,11 @@ std::string validUtf8(std::string_view text)
 
 class JsonWriter::Impl {
 public:
-    Impl() : writer_(buffer_) { writer_.SetIndent(' ', 4); }
+    Impl() : writer_(buffer_)
+    {
+        writer_.SetIndent(' ', 4);
+        writer_.SetMaxDecimalPlaces(2);
+    }
 
     void string(std::string_view text)
     {
@@ -101,10 +105,39 @@ void JsonWriter::add(std::string_view key, std::uint64_t number)
     impl_->writer_.Uint64(number);
 }
 
+void JsonWriter::add(std::string_view key, std::int64_t number)
+{
+    impl_->string(key);
+    impl_->writer_.Int64(number);
+}
+
+void JsonWriter::add(std::string_view key, double number)
+{
+    impl_->string(key);
+    impl_->writer_.Double(number);
+}
+
 void JsonWriter::add(std::string_view key, bool value)
 {
     impl_->string(key);
     impl_->writer_.Bool(value);
+}
+
+void JsonWriter::addNull(std::string_view key)
+{
+    impl_->string(key);
+    impl_->writer_.Null();
+}
+
+void JsonWriter::addRaw(std::string_view key, std::string_view json)
+{
+    impl_->string(key);
+    impl_->writer_.RawValue(json.data(), json.size(), rapidjson::kObjectType);
+}
+
+void JsonWriter::addElement(std::string_view text)
+{
+    impl_->string(text);
 }
 
 std::string JsonWriter::text() const

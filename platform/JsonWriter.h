@@ -29,14 +29,21 @@ public:
     /// Ends the object or array begun last.
     void end();
 
-    /// Adds a text, a number or a truth value.
+    /// Adds a text, a number or a truth value; a fraction with up to two digits behind the point.
     /// @{
     void add(std::string_view key, std::string_view text);
     void add(std::string_view key, const char* text) { add(key, std::string_view(text)); }
     void add(std::string_view key, const std::string& text) { add(key, std::string_view(text)); }
     void add(std::string_view key, std::uint64_t number);
+    void add(std::string_view key, std::int64_t number);
+    void add(std::string_view key, double number);
     void add(std::string_view key, bool value);
     /// @}
+    void addNull(std::string_view key);
+    /// Adds a value that is JSON already, as it is.
+    void addRaw(std::string_view key, std::string_view json);
+    /// Adds a text as an element of an array.
+    void addElement(std::string_view text);
 
     /// What was written.
     std::string text() const;

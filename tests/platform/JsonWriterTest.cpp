@@ -44,3 +44,22 @@ TEST(JsonWriter, escapesControlCharactersAndKeepsNulls)
 
     EXPECT_EQ(json.text(), "{\n    \"k\": \"a\\u0000b\\n\\u001B\"\n}");
 }
+
+TEST(JsonWriter, writesEveryKindOfValue)
+{
+    JsonWriter json;
+    json.beginObject();
+    json.add("below", std::int64_t{-7});
+    json.add("share", 12.345);
+    json.add("all", 100.0);
+    json.addNull("none");
+    json.addRaw("raw", "{ }");
+    json.beginArray("texts");
+    json.addElement("a\xff");
+    json.end();
+    json.end();
+
+    EXPECT_EQ(json.text(),
+              "{\n    \"below\": -7,\n    \"share\": 12.34,\n    \"all\": 100.0,\n    \"none\": null,\n"
+              "    \"raw\": { },\n    \"texts\": [\n        \"a\xef\xbf\xbd\"\n    ]\n}");
+}

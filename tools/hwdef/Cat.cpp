@@ -77,7 +77,7 @@ ExitCode Cat::run(Output& output)
     }
     std::string content;
     read(member_, file_, [&](std::string_view bytes) { content += bytes; });
-    const bool isText = validUtf8(content) == content;
+    const bool isText = isUtf8(content);
     output.json().add("file", file_);
     output.json().add("member", member_);
     output.json().add("sizeBytes", found.sizeBytes);

@@ -53,7 +53,7 @@ void show(const Container& container, Output& output)
     }
 }
 
-void write(const Container& container, Json& json)
+void write(const Container& container, platform::JsonWriter& json)
 {
     json.beginArray("drivers");
     for (const auto& [name, files] : container.definition->getDriverFilesMap()) {

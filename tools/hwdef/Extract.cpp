@@ -76,7 +76,7 @@ std::vector<const Member*> Extract::chosen(const Container& container) const
     return members;
 }
 
-void write(Json& json, const Member& member, const std::string& dir)
+void write(platform::JsonWriter& json, const Member& member, const std::string& dir)
 {
     json.beginObject();
     json.add("member", member.name);

@@ -186,7 +186,7 @@ void show(const Container& container, Output& output)
     showAttributes(*container.definition, output);
 }
 
-void writeResources(const HHDFHwDef& definition, Json& json)
+void writeResources(const HHDFHwDef& definition, platform::JsonWriter& json)
 {
     json.beginArray("resources");
     for (const Resource& one : resourcesOf(definition)) {
@@ -202,7 +202,7 @@ void writeResources(const HHDFHwDef& definition, Json& json)
     json.end();
 }
 
-void write(const Container& container, Json& json)
+void write(const Container& container, platform::JsonWriter& json)
 {
     const HHDFHwDef& definition = *container.definition;
     json.add("file", container.path);

@@ -104,7 +104,7 @@ std::string roleOf(const Row& row)
     return hasRole ? HHDFHwDefFileTypes::getHWHBDTypeStr(row.entry->getBDFileType()) : "";
 }
 
-void writeEntry(Json& json, const HHDFHwDefFile& entry)
+void writeEntry(platform::JsonWriter& json, const HHDFHwDefFile& entry)
 {
     json.add("hierarchy", entry.getHierPath());
     json.add("sourceDatabase", entry.getHwSrcDB());
@@ -115,7 +115,7 @@ void writeEntry(Json& json, const HHDFHwDefFile& entry)
     json.end();
 }
 
-void write(Json& json, const Row& row)
+void write(platform::JsonWriter& json, const Row& row)
 {
     json.beginObject();
     json.add("name", row.name);

@@ -237,7 +237,8 @@ void showMeetings(const std::vector<Meeting>& meetings, Output& output)
     output.lines(table.lines(2));
 }
 
-void writeReport(const std::vector<Container>& containers, const std::vector<Meeting>& meetings, Json& json)
+void writeReport(const std::vector<Container>& containers, const std::vector<Meeting>& meetings,
+                 platform::JsonWriter& json)
 {
     json.add("propertiesFrom", propertySource(containers).path);
     json.beginArray("inputs");

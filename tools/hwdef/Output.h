@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Json.h"
+#include "platform/JsonWriter.h"
 
 /// How a piece of text stands out on a terminal.
 enum class Style { PLAIN, BOLD, DIM, RED, GREEN, YELLOW, CYAN };
@@ -21,7 +21,7 @@ public:
 
     bool isJson() const { return isJson_; }
     /// The document, an object with its schema version and the verb already in it. Only when isJson().
-    Json& json() { return json_; }
+    platform::JsonWriter& json() { return json_; }
 
     /// Adds a line of text; nothing when a JSON document was asked for.
     void line(std::string_view text = {});
@@ -35,7 +35,7 @@ public:
 private:
     bool isJson_;
     bool isColoured_;
-    Json json_;
+    platform::JsonWriter json_;
     std::string text_;
 };
 

@@ -75,7 +75,7 @@ Tree treeOf(const PartitionFacts::Configuration& configuration, const Output& ou
     return tree;
 }
 
-void write(Json& json, const PartitionFacts::Partition& partition)
+void write(platform::JsonWriter& json, const PartitionFacts::Partition& partition)
 {
     json.beginObject();
     json.add("path", partition.path);
@@ -86,7 +86,7 @@ void write(Json& json, const PartitionFacts::Partition& partition)
         json.add("name", module);
         json.beginArray("files");
         for (const std::string& file : files) {
-            json.element(file);
+            json.addElement(file);
         }
         json.end();
         json.end();
@@ -95,7 +95,7 @@ void write(Json& json, const PartitionFacts::Partition& partition)
     json.end();
 }
 
-void write(Json& json, const PartitionFacts::Configuration& configuration)
+void write(platform::JsonWriter& json, const PartitionFacts::Configuration& configuration)
 {
     json.beginObject();
     json.add("name", configuration.name);

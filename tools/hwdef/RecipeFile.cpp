@@ -9,8 +9,8 @@
 #include <sstream>
 
 #include "CommandError.h"
-#include "Json.h"
 #include "Text.h"
+#include "platform/JsonWriter.h"
 
 namespace {
 
@@ -18,14 +18,14 @@ using Value = rapidjson::Value;
 
 constexpr std::uint64_t recipeVersion = 1;
 
-void addUnlessEmpty(Json& json, const char* key, const std::string& text)
+void addUnlessEmpty(platform::JsonWriter& json, const char* key, const std::string& text)
 {
     if (!text.empty()) {
         json.add(key, text);
     }
 }
 
-void addTexts(Json& json, const char* key, const HHDFHwDef::Texts& texts)
+void addTexts(platform::JsonWriter& json, const char* key, const HHDFHwDef::Texts& texts)
 {
     if (texts.empty()) {
         return;
@@ -37,7 +37,7 @@ void addTexts(Json& json, const char* key, const HHDFHwDef::Texts& texts)
     json.end();
 }
 
-void writeFiles(Json& json, const Recipe& recipe)
+void writeFiles(platform::JsonWriter& json, const Recipe& recipe)
 {
     json.beginArray("files");
     for (const Recipe::File& file : recipe.files) {
@@ -55,7 +55,7 @@ void writeFiles(Json& json, const Recipe& recipe)
 
 /// Members with the paths of their content, under a key of their own or as drivers' files.
 template <typename Members>
-void writeMembers(Json& json, const char* key, const Members& members)
+void writeMembers(platform::JsonWriter& json, const char* key, const Members& members)
 {
     json.beginArray(key);
     for (const auto& [name, path] : members) {
@@ -67,7 +67,7 @@ void writeMembers(Json& json, const char* key, const Members& members)
     json.end();
 }
 
-void writeDrivers(Json& json, const Recipe& recipe)
+void writeDrivers(platform::JsonWriter& json, const Recipe& recipe)
 {
     json.beginArray("drivers");
     for (const Recipe::Driver& driver : recipe.drivers) {
@@ -79,7 +79,7 @@ void writeDrivers(Json& json, const Recipe& recipe)
     json.end();
 }
 
-void writePartitions(Json& json, const PartitionFacts& facts)
+void writePartitions(platform::JsonWriter& json, const PartitionFacts& facts)
 {
     json.beginArray("partitions");
     for (const auto& partition : facts.partitions) {
@@ -99,7 +99,7 @@ void writePartitions(Json& json, const PartitionFacts& facts)
     json.end();
 }
 
-void writeConfigurations(Json& json, const PartitionFacts& facts)
+void writeConfigurations(platform::JsonWriter& json, const PartitionFacts& facts)
 {
     json.beginArray("configurations");
     for (const auto& configuration : facts.configurations) {
@@ -120,7 +120,7 @@ void writeConfigurations(Json& json, const PartitionFacts& facts)
     json.end();
 }
 
-void writeDefinition(Json& json, const Recipe& recipe)
+void writeDefinition(platform::JsonWriter& json, const Recipe& recipe)
 {
     json.beginObject("properties");
     for (const auto& [key, value] : recipe.properties) {
@@ -355,7 +355,7 @@ std::string readFile(const std::string& path)
 
 std::string recipeText(const Recipe& recipe)
 {
-    Json json;
+    platform::JsonWriter json;
     json.beginObject();
     json.add("recipe", recipeVersion);
     if (recipe.bomPath.empty()) {

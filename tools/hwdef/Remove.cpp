@@ -75,7 +75,7 @@ ExitCode Remove::run(Output& output)
         output.json().add("file", file_);
         output.json().beginArray("removed");
         for (const std::string& name : names_) {
-            output.json().element(name);
+            output.json().addElement(name);
         }
         output.json().end();
     }

@@ -90,16 +90,16 @@ std::string printable(std::string_view text)
     return result;
 }
 
-std::string validUtf8(std::string_view text)
+bool isUtf8(std::string_view text)
 {
-    std::string result;
-    result.reserve(text.size());
     while (!text.empty()) {
         const std::size_t length = sequenceLength(text);
-        result += length == 0 ? std::string_view("\xef\xbf\xbd") : text.substr(0, length);
-        text.remove_prefix(std::max<std::size_t>(length, 1));
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
     }
-    return result;
+    return true;
 }
 
 std::size_t columns(std::string_view text)

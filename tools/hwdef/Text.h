@@ -7,8 +7,8 @@
 
 /// The text as a terminal may get it: control characters and what isn't UTF-8 appear as "\x1b".
 std::string printable(std::string_view text);
-/// The text with U+FFFD in place of each byte that isn't UTF-8.
-std::string validUtf8(std::string_view text);
+/// Whether all of the text is UTF-8.
+bool isUtf8(std::string_view text);
 /// How many columns a text takes: its characters, what paints them not counted.
 std::size_t columns(std::string_view text);
 
