@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "hwdef/bom/BomNames.h"
+#include "hwdef/bom/Elements.h"
 #include "hwdef/container/SourceArchives.h"
 #include "hwdef/model/HHDFHwDefFileTypes.h"
 #include "platform/HSTStringUtils.h"
@@ -13,6 +14,8 @@
 using Types = HHDFHwDefFileTypes;
 namespace attribute = bom::attribute;
 namespace element = bom::element;
+using bom::isNamed;
+using bom::textOf;
 
 namespace {
 
@@ -47,8 +50,8 @@ bool BomFindings::look(BomListing& listing)
     if (!checkVersions(root)) {
         return false;
     }
-    listing.minor = valueOf(root, attribute::MINOR);
-    listing.overallDigest = valueOf(root, attribute::DIGEST);
+    listing.minor = textOf(&root, attribute::MINOR);
+    listing.overallDigest = textOf(&root, attribute::DIGEST);
     for (const Element* child : childrenOf(root)) {
         checkChild(*child, listing);
     }
@@ -63,34 +66,34 @@ bool BomFindings::look(BomListing& listing)
 
 bool BomFindings::checkVersions(const Element& root)
 {
-    const std::string_view version = valueOf(root, attribute::VERSION);
+    const std::string_view version = textOf(&root, attribute::VERSION);
     if (!HSTStringUtils::iequals(version, "1")) {
         add(root, "bom.version",
             "\"Version\" is " + shown(version) + ", \"1\" is known: nothing of the document is read");
         return false;
     }
-    if (!readsAsNumber(valueOf(root, attribute::MINOR))) {
+    if (!readsAsNumber(textOf(&root, attribute::MINOR))) {
         add(root, "bom.number",
-            "\"Minor\" is " + shown(valueOf(root, attribute::MINOR)) + ", which is no number");
+            "\"Minor\" is " + shown(textOf(&root, attribute::MINOR)) + ", which is no number");
     }
     return true;
 }
 
 void BomFindings::checkChild(const Element& child, BomListing& listing)
 {
-    if (isNamed(child, element::FILE)) {
+    if (isNamed(&child, element::FILE)) {
         checkFile(child, listing);
-    } else if (isNamed(child, element::DRIVERS)) {
+    } else if (isNamed(&child, element::DRIVERS)) {
         checkDrivers(child, listing);
-    } else if (isNamed(child, element::PART)) {
+    } else if (isNamed(&child, element::PART)) {
         checkPart(child);
     }
 }
 
 void BomFindings::checkFile(const Element& file, BomListing& listing)
 {
-    const std::string fullName(valueOf(file, attribute::NAME));
-    const std::string_view digest = valueOf(file, attribute::DIGEST);
+    const std::string fullName(textOf(&file, attribute::NAME));
+    const std::string_view digest = textOf(&file, attribute::DIGEST);
     if (!digest.empty()) {
         listing.digests[fullName] = {std::string(digest), document_.lineOf(file)};
     }
@@ -101,7 +104,7 @@ void BomFindings::checkFile(const Element& file, BomListing& listing)
     // A member is known by the last component of its entry's name.
     const std::string name(HUTFile(fullName).name());
     checkVocabulary(file, name);
-    if (Types::getHWHFileType(std::string(valueOf(file, attribute::TYPE))) == Types::DRIVER_SRC) {
+    if (Types::getHWHFileType(std::string(textOf(&file, attribute::TYPE))) == Types::DRIVER_SRC) {
         listing.sources.push_back(fullName + "/");
         return;
     }
@@ -129,12 +132,12 @@ void BomFindings::list(const Element& file, BomListing& listing, const std::stri
 
 void BomFindings::checkVocabulary(const Element& file, const std::string& name)
 {
-    const std::string type(valueOf(file, attribute::TYPE));
+    const std::string type(textOf(&file, attribute::TYPE));
     const Types::HWHFileType known = Types::getHWHFileType(type);
     if (known == Types::UNKNOWN && type != Types::getHWHFileTypeStr(Types::UNKNOWN)) {
         add(file, "bom.unknown-type", shown(name) + " has the type " + shown(type) + ", which nobody knows");
     }
-    const std::string role(valueOf(file, attribute::BD_TYPE));
+    const std::string role(textOf(&file, attribute::BD_TYPE));
     const bool hasRole = known == Types::HW_HANDOFF && !role.empty();
     if (hasRole && role != "UNKNOWN" && Types::getHWHBDType(role) == Types::UNKNOWN_BD) {
         add(file, "bom.unknown-role", shown(name) + " has the role " + shown(role) + ", which nobody knows");
@@ -144,7 +147,7 @@ void BomFindings::checkVocabulary(const Element& file, const std::string& name)
 void BomFindings::checkDrivers(const Element& drivers, BomListing& listing)
 {
     for (const Element* child : childrenOf(drivers)) {
-        const auto place = drivers_.try_emplace(std::string(valueOf(*child, attribute::IP_VLNV))).first;
+        const auto place = drivers_.try_emplace(std::string(textOf(child, attribute::IP_VLNV))).first;
         if (place->second.line == 0) {
             place->second.line = document_.lineOf(*child);
         }
@@ -156,14 +159,14 @@ void BomFindings::checkDrivers(const Element& drivers, BomListing& listing)
 
 void BomFindings::checkDriverFile(const Element& file, BomListing& listing, Driver& driver)
 {
-    const std::string path(valueOf(file, attribute::PATH));
+    const std::string path(textOf(&file, attribute::PATH));
     if (path.empty()) {
         add(file, "driver.no-path", "a driver's file has no \"PATH\"; it is dropped");
         return;
     }
     driver.hasDescription =
         driver.hasDescription || boost::filesystem::path(path).extension().native() == ".mdd";
-    const std::string_view digest = valueOf(file, attribute::DIGEST);
+    const std::string_view digest = textOf(&file, attribute::DIGEST);
     if (!digest.empty()) {
         listing.digests[path] = {std::string(digest), document_.lineOf(file)};
     }
@@ -183,8 +186,8 @@ void BomFindings::checkPart(const Element& part)
 {
     for (const Element* child : childrenOf(part)) {
         int count = 0;
-        const std::string_view value = valueOf(*child, attribute::VALUE);
-        if (isNamed(*child, element::NUM_OF_SLRS) && !boost::conversion::try_lexical_convert(value, count)) {
+        const std::string_view value = textOf(child, attribute::VALUE);
+        if (isNamed(child, element::NUM_OF_SLRS) && !boost::conversion::try_lexical_convert(value, count)) {
             add(*child, "bom.number", "the number of dies is " + shown(value) + ", which is no number");
         }
     }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/HSTStringUtils.h"
-
 BomText::BomText(std::string text) : text_(std::move(text))
 {
     document_.readFromBuffer(text_);
@@ -33,15 +31,4 @@ std::vector<HXMLWElement*> childrenOf(const HXMLWElement& element)
 {
     const auto children = element.getChildren();
     return children == nullptr ? std::vector<HXMLWElement*>() : *children;
-}
-
-std::string_view valueOf(const HXMLWElement& element, const char* attribute)
-{
-    const char* const value = element.getAttribute(attribute);
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
-bool isNamed(const HXMLWElement& element, const char* name)
-{
-    return HSTStringUtils::iequals(element.getTagName(), name);
 }

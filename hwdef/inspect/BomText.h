@@ -32,7 +32,3 @@ private:
 
 /// Child elements; none for a list that can't be had.
 std::vector<HXMLWElement*> childrenOf(const HXMLWElement& element);
-/// The attribute's value, the empty text without it. Lives as long as the element.
-std::string_view valueOf(const HXMLWElement& element, const char* attribute);
-/// Whether the element is of this name, in any case.
-bool isNamed(const HXMLWElement& element, const char* name);

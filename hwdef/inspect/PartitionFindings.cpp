@@ -5,12 +5,15 @@
 #include <string>
 
 #include "hwdef/bom/BomNames.h"
+#include "hwdef/bom/Elements.h"
 #include "hwdef/inspect/BomFindings.h"
 #include "platform/HSTStringUtils.h"
 #include "platform/HUTFile.h"
 
 namespace attribute = bom::attribute;
 namespace element = bom::element;
+using bom::isNamed;
+using bom::textOf;
 
 namespace {
 
@@ -44,11 +47,11 @@ private:
                  const std::function<void(const HXMLWElement&)>& visit) const
     {
         for (const HXMLWElement* child : childrenOf(*document_.root())) {
-            if (!isNamed(*child, list)) {
+            if (!isNamed(child, list)) {
                 continue;
             }
             for (const HXMLWElement* one : childrenOf(*child)) {
-                if (isNamed(*one, name)) {
+                if (isNamed(one, name)) {
                     visit(*one);
                 }
             }
@@ -62,7 +65,7 @@ private:
 
     void collect(const HXMLWElement& element)
     {
-        const std::string_view path = valueOf(element, attribute::INSTANCE_PATH);
+        const std::string_view path = textOf(&element, attribute::INSTANCE_PATH);
         Partition& partition = partitions_[path];
         if (partition.line != 0) {
             add(element, "partition.twice",
@@ -72,14 +75,14 @@ private:
             partition.line = document_.lineOf(element);
         }
         for (const HXMLWElement* file : childrenOf(element)) {
-            partition.modules.insert(valueOf(*file, attribute::RM_NAME));
+            partition.modules.insert(textOf(file, attribute::RM_NAME));
         }
     }
 
     void checkPartition(const HXMLWElement& element)
     {
-        const std::string_view path = valueOf(element, attribute::INSTANCE_PATH);
-        const std::string_view chosen = valueOf(element, attribute::DEFAULT_CONFIG_RM);
+        const std::string_view path = textOf(&element, attribute::INSTANCE_PATH);
+        const std::string_view chosen = textOf(&element, attribute::DEFAULT_CONFIG_RM);
         const auto& modules = partitions_[path].modules;
         const bool isKnown = std::any_of(modules.begin(), modules.end(), [&](std::string_view module) {
             return HSTStringUtils::iequals(module, chosen);
@@ -93,27 +96,27 @@ private:
 
     void checkConfiguration(const HXMLWElement& configuration)
     {
-        if (HSTStringUtils::iequals(valueOf(configuration, attribute::ACTIVE), bom::value::YES)) {
-            if (!active_.empty() && active_ != valueOf(configuration, attribute::NAME)) {
+        if (HSTStringUtils::iequals(textOf(&configuration, attribute::ACTIVE), bom::value::YES)) {
+            if (!active_.empty() && active_ != textOf(&configuration, attribute::NAME)) {
                 add(configuration, "partition.several-active",
-                    "the configuration " + shown(valueOf(configuration, attribute::NAME)) +
+                    "the configuration " + shown(textOf(&configuration, attribute::NAME)) +
                         " is active, and " + shown(active_) + " is as well");
             }
-            active_ = valueOf(configuration, attribute::NAME);
+            active_ = textOf(&configuration, attribute::NAME);
         }
         for (const HXMLWElement* cell : childrenOf(configuration)) {
-            if (isNamed(*cell, element::PARTITION_INST_MAP)) {
+            if (isNamed(cell, element::PARTITION_INST_MAP)) {
                 checkCell(*cell);
-            } else if (isNamed(*cell, element::GRAY_BOX_INST)) {
-                checkPath(*cell, valueOf(*cell, attribute::NAME));
+            } else if (isNamed(cell, element::GRAY_BOX_INST)) {
+                checkPath(*cell, textOf(cell, attribute::NAME));
             }
         }
     }
 
     void checkCell(const HXMLWElement& cell)
     {
-        const std::string_view path = valueOf(cell, attribute::INSTANCE_PATH);
-        const std::string_view module = valueOf(cell, attribute::RM_NAME);
+        const std::string_view path = textOf(&cell, attribute::INSTANCE_PATH);
+        const std::string_view module = textOf(&cell, attribute::RM_NAME);
         if (checkPath(cell, path) && !module.empty() && !partitions_[path].modules.contains(module)) {
             add(cell, "partition.unknown-module",
                 "the module " + shown(module) + " is none of the partition " + shown(path));
@@ -135,7 +138,7 @@ private:
         // What is written for a file whose name was not read.
         constexpr std::string_view placeholder = "bitFile";
         for (const HXMLWElement* file : childrenOf(element)) {
-            const std::string name(valueOf(*file, attribute::NAME));
+            const std::string name(textOf(file, attribute::NAME));
             if (!name.empty() && name != placeholder &&
                 !listing_.names.contains(std::string(HUTFile(name).name()))) {
                 add(*file, "partition.unlisted-file", shown(name) + " is named here, but no entry lists it");

@@ -12,18 +12,13 @@ std::string valueOf(const HXMLWElement& element, const char* name)
     return HHDFHwDefBomReader::valueOrEmpty(element.getAttribute(name));
 }
 
-bool isNamed(const HXMLWElement& element, const char* name)
-{
-    return HSTStringUtils::iequals(element.getTagName(), name);
-}
-
-/// Calls `visit` with each child element of that name.
+/// Calls `visit` with each child element of that name, in any case.
 template <typename Visit>
 void forEach(const HXMLWElement& element, const char* name, Visit visit)
 {
     const auto children = element.getChildren();
     for (const HXMLWElement* child : *children) {
-        if (isNamed(*child, name)) {
+        if (HSTStringUtils::iequals(child->getTagName(), name)) {
             visit(*child);
         }
     }
