@@ -63,6 +63,22 @@ public:
         return *found;
     }
 
+    void extract(const Entry& entry, const std::string& directory) const
+    {
+        const std::string dir = directory.empty() ? "." : directory;
+        const std::string name(entry.name);
+        const std::string objection = SafePath(dir).objection(name);
+        if (!objection.empty()) {
+            throw HEXAll(dir + ": member \"" + name + "\" is not extracted: " + objection);
+        }
+        const std::string target = dir + HUTFile::getDirSeparator() + name;
+        const std::string parent = boost::filesystem::path(target).parent_path().string();
+        if (!HUTFile::ensureWritableDirectory(parent)) {
+            throw HEXAll(parent + " is no directory that can be written to");
+        }
+        extractMember(reader_, entry, target, platform::ReplacementFile::Links::REPLACED);
+    }
+
     ArchiveReader reader_;
     std::string comment_;
     std::vector<Member> members_;
@@ -125,22 +141,38 @@ bool HHDFHwDefArchive::hasDigest() const
     return !ArchiveDigest::recordedIn(impl_->comment_).empty();
 }
 
-void HHDFHwDefArchive::extract(const std::string& name, const std::string& directory) const
+void HHDFHwDefArchive::extract(const std::string& name, const std::string& dir) const
 {
-    const std::string dir = directory.empty() ? "." : directory;
-    const Entry& entry = impl_->entry(name);
-    const std::string objection = SafePath(dir).objection(name);
-    if (!objection.empty()) {
-        throw HEXAll(dir + ": member \"" + name + "\" is not extracted: " + objection);
-    }
-    const std::string target = dir + HUTFile::getDirSeparator() + name;
-    const std::string parent = boost::filesystem::path(target).parent_path().string();
-    if (!HUTFile::ensureWritableDirectory(parent)) {
-        throw HEXAll(parent + " is no directory that can be written to");
-    }
     const platform::ProgressWork work(impl_->reader_.path());
+    const Entry& entry = impl_->entry(name);
     platform::ProgressWork::expect(entry.size);
-    extractMember(impl_->reader_, entry, target, platform::ReplacementFile::Links::REPLACED);
+    impl_->extract(entry, dir);
+}
+
+std::vector<HHDFHwDefArchive::Failure> HHDFHwDefArchive::extractAll(const std::vector<std::string>& names,
+                                                                    const std::string& dir) const
+{
+    const platform::ProgressWork work(impl_->reader_.path());
+    std::uint64_t leftBytes = 0;
+    for (const std::string& name : names) {
+        const Member* const member = find(name);
+        leftBytes += member == nullptr ? 0 : member->sizeBytes;
+    }
+    platform::ProgressWork::expect(leftBytes);
+    std::vector<Failure> failures;
+    for (const std::string& name : names) {
+        try {
+            const Entry& entry = impl_->entry(name);
+            leftBytes -= entry.size;
+            impl_->extract(entry, dir);
+        } catch (const platform::Cancelled&) {
+            throw;
+        } catch (const HEXAll& error) {
+            failures.push_back({name, error.what()});
+            platform::ProgressWork::expectLast(leftBytes);
+        }
+    }
+    return failures;
 }
 
 void HHDFHwDefArchive::write(const std::string& path, const std::vector<Part>& parts,

@@ -28,6 +28,12 @@ public:
         std::string file;  ///< where its content lies on disk; empty for the present archive's member
     };
 
+    /// A member that could not be extracted.
+    struct Failure {
+        std::string name;
+        std::string reason;  ///< the text that extract() throws
+    };
+
     /// Throws iostreams::device::detail::zip_exception when the path isn't a regular file or can't be
     /// read as an archive.
     explicit HHDFHwDefArchive(const std::string& path);
@@ -48,6 +54,11 @@ public:
     /// directories are made. It appears whole or not at all, and takes the place of a link. Throws HEXAll
     /// when there is no such member, its name leads out of `dir`, or it can't be read or written.
     void extract(const std::string& name, const std::string& dir) const;
+
+    /// The same for many members as one call, whose progress is that of all of them. Those that can't be
+    /// extracted are told in the order of the names, and the others are extracted all the same. Throws
+    /// HEXAll only when it is cancelled; what was extracted before stays.
+    std::vector<Failure> extractAll(const std::vector<std::string>& names, const std::string& dir) const;
 
     /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the
     /// comment. Parts without a file are taken from `present`, as they are compressed there; it may be

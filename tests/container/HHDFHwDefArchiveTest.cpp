@@ -165,3 +165,21 @@ TEST(HHDFHwDefArchive, extractsToTheWorkingDirectoryWithoutAnother)
     EXPECT_EQ(status, 0);
     EXPECT_EQ(support::readFile(dir / "b.elf"), "b");
 }
+
+TEST(HHDFHwDefArchive, extractsTheOthersWhenOneMemberCantBe)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "a.hdf", {{"../out", "evil"}, {"a.bit", "a"}, {"b.elf", "b"}});
+    const HHDFHwDefArchive archive(dir / "a.hdf");
+
+    const auto failures = archive.extractAll({"../out", "a.bit", "none", "b.elf"}, dir / "to");
+
+    ASSERT_EQ(failures.size(), 2U);
+    EXPECT_EQ(failures[0].name, "../out");
+    EXPECT_EQ(failures[0].reason,
+              dir / "to" + ": member \"../out\" is not extracted: the name climbs out by \"..\"");
+    EXPECT_EQ(failures[1].name, "none");
+    EXPECT_EQ(failures[1].reason, dir / "a.hdf" + ": there is no member \"none\"");
+    EXPECT_EQ(support::readFile(dir / "to/a.bit"), "a");
+    EXPECT_EQ(support::readFile(dir / "to/b.elf"), "b");
+}

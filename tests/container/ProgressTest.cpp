@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "hwdef/container/HHDFHwDefArchive.h"
 #include "hwdef/model/HHDFHwDef.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "platform/HUTFile.h"
@@ -287,6 +288,33 @@ TEST_F(ProgressOfCalls, driversTellOfAllAndStopWhenCancelled)
     EXPECT_FALSE(def->unzipDrivers(dir / "e"));
     EXPECT_TRUE(saysCancelled(messages)) << messages.joined();
     EXPECT_FALSE(support::exists(dir / "e/drivers/x.mdd"));
+}
+
+TEST_F(ProgressOfCalls, extractionTellsOfAllMembersAndStopsWhenCancelled)
+{
+    const HHDFHwDefArchive archive(container);
+    {
+        const ProgressWatch watch(note);
+        EXPECT_TRUE(archive.extractAll({"top.bit", "map.txt"}, dir / "e").empty());
+    }
+    EXPECT_TRUE(told.rose);
+    EXPECT_EQ(told.firstTotal, bitBytes + textSize);
+    EXPECT_EQ(told.last, bitBytes + textSize);
+    EXPECT_EQ(told.lastTotal, bitBytes + textSize);
+    EXPECT_EQ(told.members, (std::set<std::string>{"top.bit", "map.txt"}));
+
+    const ProgressWatch watch(stop);
+    EXPECT_THROW(archive.extractAll({"top.bit", "map.txt"}, dir / "f"), platform::Cancelled);
+    EXPECT_EQ(filesIn(dir / "f"), 0);
+}
+
+TEST_F(ProgressOfCalls, extractionExpectsNoMoreOfAMemberThatFailed)
+{
+    writeFile(dir / "e/top.bit/file", "a directory in the way");
+    const ProgressWatch watch(note);
+    EXPECT_EQ(HHDFHwDefArchive(container).extractAll({"top.bit", "map.txt"}, dir / "e").size(), 1u);
+    EXPECT_TRUE(told.rose);
+    EXPECT_EQ(told.lastTotal, textSize);
 }
 
 TEST_F(ProgressOfCalls, aWatchChangesNoByte)
