@@ -8,21 +8,22 @@
 
 namespace {
 
-class Add : public Verb {
+class Add : public ContainerVerb {
 public:
     Add()
-        : Verb(150, {"add",
-                     "Add files",
-                     "Adds files with their types to a container; all other members keep their bytes.",
-                     {{"hwdef add design.hdf debug.ltx:LTX", "adds a file of the type LTX"},
-                      {"hwdef add design.hdf top.bit:BIT --replace",
-                       "puts new bytes in the place of the old ones"}}})
+        : ContainerVerb(150,
+                        {"add",
+                         "Add files",
+                         "Adds files with their types to a container; all other members keep their bytes.",
+                         {{"hwdef add design.hdf debug.ltx:LTX", "adds a file of the type LTX"},
+                          {"hwdef add design.hdf top.bit:BIT --replace",
+                           "puts new bytes in the place of the old ones"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operands("PATH:TYPE", Kind::TYPED_FILE, inputs_, "A file and its type", true);
         arguments.flag("-r,--replace", isReplacing_, "Replace members that have the name already");
         defineLeave(arguments, leave_);
@@ -33,7 +34,6 @@ public:
 private:
     void change(Recipe& recipe) const;
 
-    std::string file_;
     std::vector<std::string> inputs_;
     std::vector<Recipe::File> files_;
     bool isReplacing_ = false;
@@ -81,7 +81,7 @@ void Add::change(Recipe& recipe) const
             throw CommandError("\"" + file.name + "\" is the name of a bill of materials");
         }
         if (isThere && !isReplacing_) {
-            throw CommandError(printable(file_) + ": there is a member \"" + printable(file.name) +
+            throw CommandError(printable(containerPath()) + ": there is a member \"" + printable(file.name) +
                                "\" already; --replace replaces it");
         }
         addTo(recipe.files, file);
@@ -95,9 +95,9 @@ ExitCode Add::run(Output& output)
     for (const std::string& input : inputs_) {
         files_.push_back(parseTypedFile(input));
     }
-    editContainer(file_, leave_, [this](Recipe& recipe) { change(recipe); });
+    editContainer(containerPath(), leave_, [this](Recipe& recipe) { change(recipe); });
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().beginArray("added");
         for (const Recipe::File& file : files_) {
             output.json().beginObject();
@@ -108,7 +108,7 @@ ExitCode Add::run(Output& output)
         output.json().end();
     }
     for (const Recipe::File& file : files_) {
-        output.line(printable(file_) + ": added " + printable(file.name) + " as " + file.type);
+        output.line(printable(containerPath()) + ": added " + printable(file.name) + " as " + file.type);
     }
     return ExitCode::SOUND;
 }

@@ -11,22 +11,23 @@
 
 namespace {
 
-class Cat : public Verb {
+class Cat : public ContainerVerb {
 public:
     Cat()
-        : Verb(30,
-               {"cat",
-                "Write a member to standard output",
-                "Writes the content of a member to standard output. Its checksum is checked at its end. As "
-                "JSON, what isn't UTF-8 comes in base64.",
-                {{"hwdef cat design.hdf hwdef.xml", "shows the bill of materials"},
-                 {"hwdef cat design.hdf top.bit | sha256sum", "the checksum of the bitstream"}}})
+        : ContainerVerb(
+              30,
+              {"cat",
+               "Write a member to standard output",
+               "Writes the content of a member to standard output. Its checksum is checked at its end. As "
+               "JSON, what isn't UTF-8 comes in base64.",
+               {{"hwdef cat design.hdf hwdef.xml", "shows the bill of materials"},
+                {"hwdef cat design.hdf top.bit | sha256sum", "the checksum of the bitstream"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operand("MEMBER", Kind::MEMBER, member_,
                           "The name of a member, the bill of materials included");
     }
@@ -35,7 +36,6 @@ public:
     bool isCancelled() const override { return false; }  // it writes no file
 
 private:
-    std::string file_;
     std::string member_;
 };
 
@@ -63,22 +63,22 @@ void read(const std::string& member, const std::string& file, Take take)
 
 ExitCode Cat::run(Output& output)
 {
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     const auto& found = container.member(member_);
     if (!output.isJson()) {
-        read(member_, file_, [](std::string_view bytes) { writeToStream(1, bytes); });
+        read(member_, containerPath(), [](std::string_view bytes) { writeToStream(1, bytes); });
         return ExitCode::SOUND;
     }
     const std::uint64_t most = platform::limits::maxMemberInMemory();
     if (found.sizeBytes > most) {
-        throw CommandError(file_ + ": member \"" + printable(member_) + "\" has " +
+        throw CommandError(containerPath() + ": member \"" + printable(member_) + "\" has " +
                            readableSize(found.sizeBytes) +
                            ", too much for a JSON document; without --json it can be had");
     }
     std::string content;
-    read(member_, file_, [&](std::string_view bytes) { content += bytes; });
+    read(member_, containerPath(), [&](std::string_view bytes) { content += bytes; });
     const bool isText = isUtf8(content);
-    output.json().add("file", file_);
+    output.json().add("file", containerPath());
     output.json().add("member", member_);
     output.json().add("sizeBytes", found.sizeBytes);
     output.json().add("encoding", isText ? "utf-8" : "base64");

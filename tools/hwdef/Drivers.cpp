@@ -5,21 +5,22 @@
 
 namespace {
 
-class Drivers : public Verb {
+class Drivers : public ContainerVerb {
 public:
     Drivers()
-        : Verb(50, {"drivers",
-                    "List or extract the drivers",
-                    "Lists the drivers of a container with their files; with a directory, writes these files "
-                    "below it.",
-                    {{"hwdef drivers design.hdf", "every driver with its files"},
-                     {"hwdef drivers design.hdf -C sources", "writes them below sources/drivers"}}})
+        : ContainerVerb(
+              50, {"drivers",
+                   "List or extract the drivers",
+                   "Lists the drivers of a container with their files; with a directory, writes these files "
+                   "below it.",
+                   {{"hwdef drivers design.hdf", "every driver with its files"},
+                    {"hwdef drivers design.hdf -C sources", "writes them below sources/drivers"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.option("-C,--directory", "DIR", Kind::DIRECTORY, dir_,
                          "Write the files below this directory");
     }
@@ -29,7 +30,6 @@ public:
 private:
     bool extract(const Container& container) const;
 
-    std::string file_;
     std::string dir_;
 };
 
@@ -88,10 +88,10 @@ bool Drivers::extract(const Container& container) const
 
 ExitCode Drivers::run(Output& output)
 {
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     const bool isDone = dir_.empty() || extract(container);
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         if (!dir_.empty()) {
             output.json().add("directory", dir_);
         }

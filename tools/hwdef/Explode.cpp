@@ -13,10 +13,10 @@ namespace {
 
 constexpr const char* recipeName = "recipe.json";
 
-class Explode : public Verb {
+class Explode : public ContainerVerb {
 public:
     Explode()
-        : Verb(
+        : ContainerVerb(
               130,
               {"explode",
                "Take a container apart",
@@ -33,7 +33,7 @@ public:
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operand("DIR", Kind::DIRECTORY, dir_, "The directory, which must be empty when it exists");
         arguments.flag("--force", isForced_, "Write into a directory that isn't empty");
     }
@@ -46,7 +46,6 @@ private:
     void extract(const Container& container, const Recipe& recipe) const;
     bool givesSameBytes() const;
 
-    std::string file_;
     std::string dir_;
     bool isForced_ = false;
 };
@@ -124,14 +123,14 @@ void Explode::extract(const Container& container, const Recipe& recipe) const
 bool Explode::givesSameBytes() const
 {
     const HHDFCTmpDirObject scratch("hwdef");
-    const std::string again = scratch.getDir() + "/" + fs::path(file_).filename().string();
+    const std::string again = scratch.getDir() + "/" + fs::path(containerPath()).filename().string();
     cook(readRecipe(dir_ + "/" + recipeName), again, nullptr);
-    return isSame(file_, again);
+    return isSame(containerPath(), again);
 }
 
 ExitCode Explode::run(Output& output)
 {
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     checkDirectory();
     fs::create_directories(dir_);
     const Recipe recipe = this->recipe(container);
@@ -142,11 +141,11 @@ ExitCode Explode::run(Output& output)
     }
     const bool isSameAgain = givesSameBytes();
     if (!isSameAgain) {
-        tell("the recipe gives a container of the same members, but of other bytes: " + printable(file_) +
-             " was packed in another way");
+        tell("the recipe gives a container of the same members, but of other bytes: " +
+             printable(containerPath()) + " was packed in another way");
     }
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().add("directory", dir_);
         output.json().add("recipe", path);
         output.json().add("members", std::uint64_t{container.archive->members().size()});

@@ -12,10 +12,10 @@ namespace {
 
 using Member = HHDFHwDefArchive::Member;
 
-class Extract : public Verb {
+class Extract : public ContainerVerb {
 public:
     Extract()
-        : Verb(
+        : ContainerVerb(
               40,
               {"extract",
                "Write members as files",
@@ -29,7 +29,7 @@ public:
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operands("MEMBER", Kind::MEMBER, names_,
                            "Names or patterns of members; all when there are none", false);
         arguments.option("-C,--directory", "DIR", Kind::DIRECTORY, dir_,
@@ -41,7 +41,6 @@ public:
 private:
     std::vector<const Member*> chosen(const Container& container) const;
 
-    std::string file_;
     std::vector<std::string> names_;
     std::string dir_ = ".";
 };
@@ -87,10 +86,10 @@ void write(platform::JsonWriter& json, const Member& member, const std::string& 
 
 ExitCode Extract::run(Output& output)
 {
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     const auto members = chosen(container);
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().add("directory", dir_);
         output.json().beginArray("files");
     }

@@ -12,28 +12,21 @@
 
 namespace {
 
-class Info : public Verb {
+class Info : public ContainerVerb {
 public:
     Info()
-        : Verb(10,
-               {"info",
-                "Show what a container is",
-                "Shows device, mode, versions, resources, files by type, partitions, and whether the archive "
-                "is as it was written.",
-                {{"hwdef info design.hdf", "all of this for people"},
-                 {"hwdef info --json design.hdf", "the same for programs"}}})
+        : ContainerVerb(
+              10,
+              {"info",
+               "Show what a container is",
+               "Shows device, mode, versions, resources, files by type, partitions, and whether the archive "
+               "is as it was written.",
+               {{"hwdef info design.hdf", "all of this for people"},
+                {"hwdef info --json design.hdf", "the same for programs"}}})
     {
-    }
-
-    void define(Arguments& arguments) override
-    {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
     }
 
     ExitCode run(Output& output) override;
-
-private:
-    std::string file_;
 };
 
 const Registration<Info> registration;
@@ -234,7 +227,7 @@ void write(const Container& container, platform::JsonWriter& json)
 
 ExitCode Info::run(Output& output)
 {
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     if (output.isJson()) {
         write(container, output.json());
     } else {

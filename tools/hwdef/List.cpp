@@ -16,10 +16,10 @@ struct Row {
     const HHDFHwDefFile* entry;  ///< null when it isn't a file of the BOM
 };
 
-class List : public Verb {
+class List : public ContainerVerb {
 public:
     List()
-        : Verb(
+        : ContainerVerb(
               20,
               {"list",
                "List the files of a container",
@@ -33,7 +33,7 @@ public:
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.option("-t,--type", "TYPE", Kind::TYPE, type_, "Only files of this type");
         arguments.flag("-l,--long", isLong_,
                        "Packed sizes, checksums, roles, hierarchy and attributes as well");
@@ -47,7 +47,6 @@ private:
     std::vector<Row> rowsOf(const Container& container) const;
     void show(const std::vector<Row>& rows, Output& output) const;
 
-    std::string file_;
     std::string type_;
     bool isLong_ = false;
     bool isAll_ = false;
@@ -190,13 +189,13 @@ ExitCode List::run(Output& output)
     if (!type_.empty()) {
         typeOf(type_);  // a misspelt type is told before anything else
     }
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     const std::vector<Row> rows = rowsOf(container);
     if (!output.isJson()) {
         show(rows, output);
         return ExitCode::SOUND;
     }
-    output.json().add("file", file_);
+    output.json().add("file", containerPath());
     output.json().beginArray("files");
     for (const Row& row : rows) {
         write(output.json(), row);

@@ -7,10 +7,10 @@
 
 namespace {
 
-class Params : public Verb {
+class Params : public ContainerVerb {
 public:
     Params()
-        : Verb(
+        : ContainerVerb(
               70,
               {"params",
                "Show software parameters",
@@ -22,14 +22,13 @@ public:
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operand("TYPE", Kind::TYPE, type_, "The type of the file");
     }
 
     ExitCode run(Output& output) override;
 
 private:
-    std::string file_;
     std::string type_;
 };
 
@@ -57,19 +56,19 @@ bool readParameters(const std::string& token, const std::string& file, std::stri
 ExitCode Params::run(Output& output)
 {
     const std::string token = HHDFHwDefFileTypes::getHWHFileTypeStr(typeOf(type_));
-    const Container container = openContainer(file_);
+    const Container container = openContainer(containerPath());
     std::string refName;
     HHDFHwDefUtils::Attributes attributes;
-    if (!readParameters(token, file_, refName, attributes)) {
-        throw CommandError(printable(file_) + ": there is no file of the type " + token +
+    if (!readParameters(token, containerPath(), refName, attributes)) {
+        throw CommandError(printable(containerPath()) + ": there is no file of the type " + token +
                            didYouMean(token, typesIn(container)));
     }
     if (refName.empty() && attributes.empty()) {
-        throw CommandError(printable(file_) + ": the first file of the type " + token +
+        throw CommandError(printable(containerPath()) + ": the first file of the type " + token +
                            " holds no software parameters");
     }
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().add("type", token);
         output.json().add("refName", refName);
         output.json().beginObject("parameters");

@@ -8,27 +8,20 @@
 
 namespace {
 
-class Partitions : public Verb {
+class Partitions : public ContainerVerb {
 public:
     Partitions()
-        : Verb(60, {"partitions",
-                    "Show reconfigurable partitions",
-                    "Shows the reconfigurable partitions with the modules that can fill them, and the "
-                    "configurations with the module that each chooses for a cell. The default module and the "
-                    "active configurations are marked.",
-                    {{"hwdef partitions design.hdf", "both as trees"}}})
+        : ContainerVerb(
+              60, {"partitions",
+                   "Show reconfigurable partitions",
+                   "Shows the reconfigurable partitions with the modules that can fill them, and the "
+                   "configurations with the module that each chooses for a cell. The default module and the "
+                   "active configurations are marked.",
+                   {{"hwdef partitions design.hdf", "both as trees"}}})
     {
-    }
-
-    void define(Arguments& arguments) override
-    {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
     }
 
     ExitCode run(Output& output) override;
-
-private:
-    std::string file_;
 };
 
 const Registration<Partitions> registration;
@@ -117,9 +110,9 @@ void write(platform::JsonWriter& json, const PartitionFacts::Configuration& conf
 
 ExitCode Partitions::run(Output& output)
 {
-    const PartitionFacts facts = partitionFacts(openContainer(file_));
+    const PartitionFacts facts = partitionFacts(openContainer(containerPath()));
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().beginArray("partitions");
         for (const auto& partition : facts.partitions) {
             write(output.json(), partition);

@@ -5,21 +5,22 @@
 
 namespace {
 
-class Remove : public Verb {
+class Remove : public ContainerVerb {
 public:
     Remove()
-        : Verb(160, {"remove",
-                     "Remove members",
-                     "Removes members, and what the bill of materials lists under their names, from a "
-                     "container; all "
-                     "other members keep their bytes.",
-                     {{"hwdef remove design.hdf debug.ltx", "removes one member"}}})
+        : ContainerVerb(160,
+                        {"remove",
+                         "Remove members",
+                         "Removes members, and what the bill of materials lists under their names, from a "
+                         "container; all "
+                         "other members keep their bytes.",
+                         {{"hwdef remove design.hdf debug.ltx", "removes one member"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operands("MEMBER", Kind::MEMBER, names_, "The name of a member or of a listed file", true);
         defineLeave(arguments, leave_);
     }
@@ -29,7 +30,6 @@ public:
 private:
     void change(Recipe& recipe) const;
 
-    std::string file_;
     std::vector<std::string> names_;
     EditLeave leave_;
 };
@@ -61,8 +61,8 @@ void Remove::change(Recipe& recipe) const
             names.push_back(member.name);
         }
         if (!removeFrom(recipe, name)) {
-            throw CommandError(printable(file_) + ": there is no member \"" + printable(name) + "\"" +
-                               didYouMean(name, names));
+            throw CommandError(printable(containerPath()) + ": there is no member \"" + printable(name) +
+                               "\"" + didYouMean(name, names));
         }
     }
     recipe.digest.clear();  // of the members as they were
@@ -70,9 +70,9 @@ void Remove::change(Recipe& recipe) const
 
 ExitCode Remove::run(Output& output)
 {
-    editContainer(file_, leave_, [this](Recipe& recipe) { change(recipe); });
+    editContainer(containerPath(), leave_, [this](Recipe& recipe) { change(recipe); });
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().beginArray("removed");
         for (const std::string& name : names_) {
             output.json().addElement(name);
@@ -80,7 +80,7 @@ ExitCode Remove::run(Output& output)
         output.json().end();
     }
     for (const std::string& name : names_) {
-        output.line(printable(file_) + ": removed " + printable(name));
+        output.line(printable(containerPath()) + ": removed " + printable(name));
     }
     return ExitCode::SOUND;
 }

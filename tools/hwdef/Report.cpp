@@ -10,23 +10,24 @@
 
 namespace {
 
-class Report : public Verb {
+class Report : public ContainerVerb {
 public:
     Report()
-        : Verb(110,
-               {"report",
-                "Write a page that shows a container in pictures",
-                "Writes one HTML page with everything in it: properties, resources as bars, a map of the "
-                "members by size and type, the partitions as a tree, and all findings. It needs no network, "
-                "suits light and dark screens of any width, and is the same for the same container.",
-                {{"hwdef report design.hdf -o report.html", "write the page to a file"},
-                 {"hwdef report design.hdf > report.html", "write it to standard output"}}})
+        : ContainerVerb(
+              110,
+              {"report",
+               "Write a page that shows a container in pictures",
+               "Writes one HTML page with everything in it: properties, resources as bars, a map of the "
+               "members by size and type, the partitions as a tree, and all findings. It needs no network, "
+               "suits light and dark screens of any width, and is the same for the same container.",
+               {{"hwdef report design.hdf -o report.html", "write the page to a file"},
+                {"hwdef report design.hdf > report.html", "write it to standard output"}}})
     {
     }
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.option("-o,--output", "FILE", Kind::FILE, output_,
                          "Where the page goes; standard output without");
     }
@@ -38,7 +39,6 @@ private:
     ReportFacts gather() const;
     void save(const std::string& page) const;
 
-    std::string file_;
     std::string output_;
 };
 
@@ -50,7 +50,7 @@ void Report::checkOutput(const Output& output) const
         throw CommandError("report: with --json the page needs a place of its own: give -o FILE");
     }
     std::error_code error;
-    if (!output_.empty() && std::filesystem::equivalent(file_, output_, error)) {
+    if (!output_.empty() && std::filesystem::equivalent(containerPath(), output_, error)) {
         throw CommandError(printable(output_) + ": the page would replace the container");
     }
 }
@@ -58,19 +58,19 @@ void Report::checkOutput(const Output& output) const
 ReportFacts Report::gather() const
 {
     ReportFacts facts;
-    facts.path = file_;
-    if (!HHDFInspect::verify(file_, HHDFInspect::Level::FULL, facts.findings)) {
-        throw CommandError(printable(file_) + ": there is nothing to report on");
+    facts.path = containerPath();
+    if (!HHDFInspect::verify(containerPath(), HHDFInspect::Level::FULL, facts.findings)) {
+        throw CommandError(printable(containerPath()) + ": there is nothing to report on");
     }
     // What the library says of a damaged container is among the findings.
     const HeldMessages held;
     try {
-        facts.container = openContainer(file_);
-        facts.contentDigest = HHDFInspect::contentDigest(file_);
+        facts.container = openContainer(containerPath());
+        facts.contentDigest = HHDFInspect::contentDigest(containerPath());
     } catch (const CommandError& refusal) {
         facts.refusal = refusal.what();
     }
-    facts.fileDigest = HHDFInspect::fileDigest(file_);
+    facts.fileDigest = HHDFInspect::fileDigest(containerPath());
     return facts;
 }
 
@@ -104,7 +104,7 @@ ExitCode Report::run(Output& output)
     save(page);
     const FindingCounts counts(facts.findings);
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().add("report", output_);
         output.json().add("bytes", std::uint64_t{page.size()});
         output.json().add("errors", std::uint64_t{counts.errors});

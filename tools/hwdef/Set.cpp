@@ -4,10 +4,10 @@
 
 namespace {
 
-class Set : public Verb {
+class Set : public ContainerVerb {
 public:
     Set()
-        : Verb(
+        : ContainerVerb(
               140,
               {"set",
                "Set properties and attributes",
@@ -22,7 +22,7 @@ public:
 
     void define(Arguments& arguments) override
     {
-        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+        ContainerVerb::define(arguments);
         arguments.operands("KEY=VALUE", Kind::PROPERTY, assignments_, "What to set", true);
         defineLeave(arguments, leave_);
     }
@@ -30,7 +30,6 @@ public:
     ExitCode run(Output& output) override;
 
 private:
-    std::string file_;
     std::vector<std::string> assignments_;
     EditLeave leave_;
 };
@@ -43,13 +42,13 @@ ExitCode Set::run(Output& output)
     for (const std::string& text : assignments_) {
         assignments.push_back(parseAssignment(text));
     }
-    editContainer(file_, leave_, [&](Recipe& recipe) {
+    editContainer(containerPath(), leave_, [&](Recipe& recipe) {
         for (const Assignment& assignment : assignments) {
             setIn(recipe, assignment);
         }
     });
     if (output.isJson()) {
-        output.json().add("file", file_);
+        output.json().add("file", containerPath());
         output.json().beginObject("set");
         for (const auto& [key, value] : assignments) {
             output.json().add(key, value);
@@ -57,7 +56,8 @@ ExitCode Set::run(Output& output)
         output.json().end();
     }
     for (const auto& [key, value] : assignments) {
-        output.line(printable(file_) + ": " + printable(key) + " is now \"" + printable(value) + "\"");
+        output.line(printable(containerPath()) + ": " + printable(key) + " is now \"" + printable(value) +
+                    "\"");
     }
     return ExitCode::SOUND;
 }

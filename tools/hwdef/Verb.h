@@ -49,6 +49,22 @@ private:
     VerbText text_;
 };
 
+/// A verb whose first operand is a container.
+class ContainerVerb : public Verb {
+public:
+    using Verb::Verb;
+    void define(Arguments& arguments) override
+    {
+        arguments.operand("FILE", Kind::CONTAINER, file_, "The container");
+    }
+
+protected:
+    const std::string& containerPath() const { return file_; }
+
+private:
+    std::string file_;
+};
+
 /// All verbs by rank. Complete once main() runs.
 const std::vector<Verb*>& verbs();
 /// The verb of that name; null when there is none.
