@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "support/Container.h"
 #include "support/MeasuredChild.h"
 #include "support/TempDir.h"
 #include "tools/Designs.h"
@@ -202,11 +203,6 @@ public:
         EXPECT_EQ(::truncate((dir_ / "long.bit").c_str(), off_t{3} << 30), 0);
     }
 
-    CommandRun build(const std::function<void(const std::string&, int)>& watch) const
-    {
-        return runOnTerminal(dir_.path(), {"build", "-o", "out.hdf", "long.bit:BIT"}, {}, watch);
-    }
-
     const TempDir& dir() const { return dir_; }
     const std::string& old() const { return old_; }
 
@@ -215,18 +211,52 @@ private:
     std::string old_;
 };
 
+/// Writes DIR/many.hdf: so many members that to look at each takes its time.
+void writeMany(const TempDir& dir)
+{
+    support::Members members = {{"hwdef.xml", support::bomOfFiles("0", {})}};
+    for (int number = 0; number < 100000; ++number) {
+        members.emplace_back("m" + std::to_string(number), std::string(100, 'x'));
+    }
+    support::writeArchive(dir / "many.hdf", members);
+}
+
+/// The lines of progress that a terminal has shown.
+std::vector<std::string> progressIn(const std::string& shown)
+{
+    const std::string begin = "\r\x1b[K";
+    std::vector<std::string> lines;
+    for (std::size_t at = shown.find(begin); at != std::string::npos;) {
+        const std::size_t next = shown.find(begin, at + begin.size());
+        const std::string line = shown.substr(at + begin.size(), next - at - begin.size());
+        if (contains(line, " left")) {
+            lines.push_back(line);
+        }
+        at = next;
+    }
+    return lines;
+}
+
+/// Runs the command on a terminal and interrupts it once what it shows is as awaited.
+CommandRun interrupted(const TempDir& dir, const std::vector<std::string>& words,
+                       const std::function<bool(const std::string& soFar)>& isAwaited)
+{
+    bool isStopped = false;
+    return runOnTerminal(dir.path(), words, {}, [&](const std::string& soFar, int process) {
+        if (!isStopped && isAwaited(soFar)) {
+            isStopped = true;
+            ::kill(process, SIGINT);
+        }
+    });
+}
+
 }  // namespace
 
 TEST(Command, showsProgressOnATerminalAndEndsWithoutATrace)
 {
     const LongWork work;
-    bool isStopped = false;
-    const CommandRun run = work.build([&](const std::string& soFar, int process) {
-        if (!isStopped && contains(soFar, " left")) {
-            isStopped = true;
-            ::kill(process, SIGINT);
-        }
-    });
+    const CommandRun run = interrupted(work.dir(), {"build", "-o", "out.hdf", "long.bit:BIT"},
+                                       [](const std::string& soFar) { return !progressIn(soFar).empty(); });
     EXPECT_EQ(run.exitCode, 128 + SIGINT);
     EXPECT_TRUE(contains(run.out, " of 3.00 GiB  "));
     EXPECT_TRUE(contains(run.out, "/s  "));
@@ -234,6 +264,24 @@ TEST(Command, showsProgressOnATerminalAndEndsWithoutATrace)
     EXPECT_TRUE(contains(run.out, "out.hdf: cancelled after "));
     EXPECT_EQ(support::readFile(work.dir() / "out.hdf"), work.old());
     EXPECT_EQ(work.dir().list(), "long.bit old.bit out.hdf");
+}
+
+TEST(Command, showsProgressOfAllThatIsExtracted)
+{
+    const TempDir dir;
+    writeMany(dir);
+    const CommandRun run =
+        interrupted(dir, {"extract", "many.hdf", "-C", "out"},
+                    [](const std::string& soFar) { return progressIn(soFar).size() >= 3; });
+    EXPECT_EQ(run.exitCode, 128 + SIGINT);
+    long last = 0;
+    for (const std::string& line : progressIn(run.out)) {
+        const long percent = std::strtol(line.c_str(), nullptr, 10);
+        EXPECT_GE(percent, last) << line;
+        EXPECT_TRUE(contains(line, " of 9.54 MiB  ")) << line;
+        last = percent;
+    }
+    EXPECT_LT(last, 100);
 }
 
 TEST(Command, showsNoProgressOfShortWork)

@@ -113,10 +113,17 @@ Recipe Explode::recipe(const Container& container) const
 
 void Explode::extract(const Container& container, const Recipe& recipe) const
 {
+    std::vector<std::string> names;
     for (const auto& member : container.archive->members()) {
-        if (member.name != recipe.bomName || !recipe.bomPath.empty()) {
-            container.archive->extract(member.name, member.name == recipeName ? dir_ + "/_" : dir_);
+        if (member.name == recipeName) {
+            container.archive->extract(member.name, dir_ + "/_");
+        } else if (member.name != recipe.bomName || !recipe.bomPath.empty()) {
+            names.push_back(member.name);
         }
+    }
+    const auto failures = container.archive->extractAll(names, dir_);
+    if (!failures.empty()) {
+        throw CommandError(printable(failures.front().reason));
     }
 }
 

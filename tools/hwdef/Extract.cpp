@@ -1,12 +1,12 @@
 #include <fnmatch.h>
 
 #include <filesystem>
+#include <set>
 
 #include "Container.h"
 #include "Messages.h"
 #include "Text.h"
 #include "Verb.h"
-#include "platform/Progress.h"
 
 namespace {
 
@@ -84,37 +84,44 @@ void write(platform::JsonWriter& json, const Member& member, const std::string& 
     json.end();
 }
 
+/// Extracts the members, tells of those that can't be, and leaves them out.
+void extract(const Container& container, const std::string& dir, std::vector<const Member*>& members)
+{
+    std::vector<std::string> names;
+    for (const Member* member : members) {
+        names.push_back(member->name);
+    }
+    const auto failures = container.archive->extractAll(names, dir);
+    std::set<std::string_view> failed;
+    for (const auto& [name, reason] : failures) {
+        tellError(printable(reason));
+        failed.insert(name);
+    }
+    std::erase_if(members, [&](const Member* member) { return failed.contains(member->name); });
+}
+
 ExitCode Extract::run(Output& output)
 {
     const Container container = openContainer(containerPath());
-    const auto members = chosen(container);
+    auto members = chosen(container);
+    const std::size_t wanted = members.size();
+    extract(container, dir_, members);
     if (output.isJson()) {
         output.json().add("file", containerPath());
         output.json().add("directory", dir_);
         output.json().beginArray("files");
-    }
-    std::uint64_t total = 0;
-    std::size_t count = 0;
-    for (const Member* member : members) {
-        try {
-            container.archive->extract(member->name, dir_);
-        } catch (const platform::Cancelled&) {
-            throw;
-        } catch (const HEXAll& error) {
-            tellError(printable(error.what()));
-            continue;
-        }
-        total += member->sizeBytes;
-        ++count;
-        if (output.isJson()) {
+        for (const Member* member : members) {
             write(output.json(), *member, dir_);
         }
-    }
-    if (output.isJson()) {
         output.json().end();
     }
-    output.line(counted(count, "file") + ", " + readableSize(total) + ", written to " + printable(dir_));
-    return count == members.size() ? ExitCode::SOUND : ExitCode::ERROR;
+    std::uint64_t total = 0;
+    for (const Member* member : members) {
+        total += member->sizeBytes;
+    }
+    output.line(counted(members.size(), "file") + ", " + readableSize(total) + ", written to " +
+                printable(dir_));
+    return members.size() == wanted ? ExitCode::SOUND : ExitCode::ERROR;
 }
 
 }  // namespace
