@@ -284,6 +284,21 @@ TEST(Command, showsProgressOfAllThatIsExtracted)
     EXPECT_LT(last, 100);
 }
 
+TEST(Command, tellsOnceAndOnALineOfItsOwnThatItWasInterrupted)
+{
+    const TempDir dir;
+    writeMany(dir);
+    std::vector<std::string> words(100, "many.hdf");
+    words.front() = "verify";
+    const CommandRun run =
+        interrupted(dir, words, [](const std::string& soFar) { return !progressIn(soFar).empty(); });
+    EXPECT_EQ(run.exitCode, 128 + SIGINT);
+    const std::size_t place = run.out.find("\r\x1b[Khwdef: ");
+    ASSERT_NE(place, std::string::npos) << run.out;
+    EXPECT_TRUE(contains(run.out.substr(place), "many.hdf: cancelled after ")) << run.out;
+    EXPECT_EQ(run.out.find("cancelled"), run.out.rfind("cancelled")) << run.out;
+}
+
 TEST(Command, showsNoProgressOfShortWork)
 {
     const TempDir dir;

@@ -4,6 +4,7 @@
 #include "CommandError.h"
 #include "Container.h"
 #include "Messages.h"
+#include "ProgressLine.h"
 #include "Text.h"
 #include "Verb.h"
 #include "platform/iostreams/zip.h"
@@ -100,6 +101,9 @@ bool hasSameBytes(const std::string& name, const Container& left, const Containe
     Content content(name, left.path);
     Content other(name, right.path);
     for (;;) {
+        if (ProgressLine::signal() != 0) {
+            throw CommandError("interrupted");
+        }
         const std::string_view bytes = content.next();
         if (bytes != other.next()) {
             return false;

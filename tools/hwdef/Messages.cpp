@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "CommandError.h"
+#include "ProgressLine.h"
 #include "Text.h"
 
 namespace {
@@ -13,6 +14,7 @@ void writeError(Style style, const std::string& word, const std::string& text)
 {
     const std::string shown =
         word.empty() ? "" : (isColoured(STDERR_FILENO, coloursOfErrors) ? painted(style, word) : word) + " ";
+    ProgressLine::hide();
     try {
         writeToStream(STDERR_FILENO, "hwdef: " + shown + text + "\n");
     } catch (const CommandError&) {

@@ -55,9 +55,13 @@ std::size_t terminalWidth()
 
 class ProgressLine::Impl {
 public:
-    explicit Impl(bool isQuiet) : isShown_(!isQuiet && ::isatty(STDERR_FILENO) == 1) {}
+    explicit Impl(bool isQuiet) : isShown_(!isQuiet && ::isatty(STDERR_FILENO) == 1) { current = this; }
 
-    ~Impl() { clear(); }
+    ~Impl()
+    {
+        clear();
+        current = nullptr;
+    }
 
     bool tell(const platform::Progress& progress)
     {
@@ -66,6 +70,16 @@ public:
         }
         return caught == 0;
     }
+
+    void clear()
+    {
+        if (isVisible_) {
+            write("");
+            isVisible_ = false;
+        }
+    }
+
+    static inline Impl* current = nullptr;  ///< null when there is none
 
 private:
     void show(const platform::Progress& progress)
@@ -107,13 +121,6 @@ private:
         }
     }
 
-    void clear()
-    {
-        if (isVisible_) {
-            write("");
-        }
-    }
-
     bool isShown_;
     bool isVisible_ = false;
     Clock::time_point begin_ = Clock::now();
@@ -133,6 +140,13 @@ ProgressLine::ProgressLine(bool isQuiet) : impl_(std::make_unique<Impl>(isQuiet)
 }
 
 ProgressLine::~ProgressLine() = default;
+
+void ProgressLine::hide()
+{
+    if (Impl::current != nullptr) {
+        Impl::current->clear();
+    }
+}
 
 int ProgressLine::signal()
 {

@@ -14,6 +14,8 @@ public:
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
+    /// Takes the line away for something else to be shown; it comes back as the work goes on.
+    static void hide();
     /// The signal that came, 0 for none.
     static int signal();
 

@@ -1,5 +1,6 @@
 #include "Embedded.h"
 #include "FindingText.h"
+#include "ProgressLine.h"
 #include "Text.h"
 #include "Verb.h"
 
@@ -92,6 +93,9 @@ ExitCode Verify::run(Output& output)
 {
     for (const std::string& file : files_) {
         look(file, output);
+        if (ProgressLine::signal() != 0) {
+            break;
+        }
     }
     if (output.isJson()) {
         output.json().add("sound", isSound_ && isRead_);

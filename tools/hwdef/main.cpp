@@ -81,7 +81,10 @@ int runReported(std::vector<std::string> words)
     } catch (const std::bad_alloc&) {
         tellError("there is not enough memory");
     } catch (const CommandError& error) {
-        tellError(error.what());
+        // What fails because the user stopped it was told of, and needs no other reason.
+        if (ProgressLine::signal() == 0) {
+            tellError(error.what());
+        }
     } catch (const std::exception& error) {
         tellError(printable(error.what()));
     }
