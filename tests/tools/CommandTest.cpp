@@ -145,6 +145,10 @@ TEST(Command, takesOptionsInFrontOfTheVerb)
     tools::writeDesign(dir.path());
     EXPECT_EQ(runCommand(dir.path(), {"--json", "list", "design.hdf"}).out,
               runCommand(dir.path(), {"list", "design.hdf", "--json"}).out);
+    EXPECT_EQ(runCommand(dir.path(), {"--color", "always", "list", "design.hdf"}).out,
+              runCommand(dir.path(), {"list", "design.hdf", "--color", "always"}).out);
+    EXPECT_EQ(errorOf("/", {"--color"}),
+              "hwdef: error: a verb is missing behind \"--color\"\nTry \"hwdef --help\".\n");
 }
 
 TEST(Command, showsNoControlCharacterOfAName)

@@ -51,6 +51,8 @@ TEST(Complete, offersVerbsOptionsAndTypes)
     EXPECT_EQ(completed("/", {"list", ""}), "<file> ");
     EXPECT_EQ(completed("/", {"extract", "a.hdf", "-C", ""}), "<directory> ");
     EXPECT_EQ(completed("/", {"nope", ""}), "");
+    EXPECT_EQ(completed("/", {"--color", "never", "exp"}), "explode ");
+    EXPECT_EQ(completed("/", {"--json", "list", "--ty"}), "--type ");
 }
 
 TEST(Complete, offersMembersOfTheContainer)

@@ -120,6 +120,15 @@ void checkChoices(const Verb& verb, const Arguments& arguments)
 
 }  // namespace
 
+std::vector<std::string>::const_iterator verbIn(const std::vector<std::string>& words)
+{
+    auto word = words.begin();
+    while (word != words.end() && word->starts_with('-')) {
+        word += *word == "--color" && word + 1 != words.end() ? 2 : 1;
+    }
+    return word;
+}
+
 void defineSettings(Arguments& arguments, Settings& settings)
 {
     arguments.flag("--json", settings.json, "Write one JSON document in place of text");

@@ -15,6 +15,10 @@ struct Settings {
     std::string colours = "auto";
 };
 
+/// The place of the verb among the words: the first one that is neither an option that every verb has nor
+/// such an option's value.
+std::vector<std::string>::const_iterator verbIn(const std::vector<std::string>& words);
+
 /// The options that every verb has.
 void defineSettings(Arguments& arguments, Settings& settings);
 Colours coloursOf(const Settings& settings);

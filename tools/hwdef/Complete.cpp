@@ -190,17 +190,18 @@ Candidates verbNames()
 
 Candidates candidatesFor(Candidates words)
 {
-    if (words.size() < 2) {
+    const std::size_t place = static_cast<std::size_t>(verbIn(words) - words.cbegin());
+    if (place + 1 >= words.size()) {
         return verbNames();
     }
-    Verb* const verb = findVerb(words.front());
+    Verb* const verb = findVerb(words[place]);
     if (verb == nullptr) {
         return {};
     }
     if (verb->text().name == "help") {
         return verbNames();
     }
-    words.erase(words.begin());
+    words.erase(words.begin() + static_cast<std::ptrdiff_t>(place));
     Settings settings;
     Arguments arguments;
     verb->define(arguments);

@@ -51,9 +51,7 @@ int runVerb(Verb& verb, std::vector<std::string> words)
 
 int runWords(std::vector<std::string> words)
 {
-    // Options may stand in front of the verb as well.
-    const auto verbWord = std::find_if(
-        words.begin(), words.end(), [](const std::string& word) { return word.empty() || word[0] != '-'; });
+    const auto verbWord = verbIn(words);  // options may stand in front of it
     if (verbWord == words.end()) {
         const std::string first = words.empty() ? "" : words.front();
         if (first == "--version") {
