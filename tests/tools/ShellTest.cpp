@@ -1,7 +1,10 @@
 // Completion of command lines and manual pages.
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
 #include <cstdlib>
+#include <sstream>
 
 #include "support/TempDir.h"
 #include "tools/Command.h"
@@ -23,18 +26,59 @@ std::string completed(const std::string& dir, std::vector<std::string> words)
     return text;
 }
 
+/// Runs a line in the directory, where the command is found by its name; its exit code.
+int runInShell(const TempDir& dir, const std::string& line)
+{
+    const std::string path = HWDEF_COMMAND;
+    const std::string script =
+        "cd " + dir.path() + " && PATH=" + path.substr(0, path.rfind('/')) + ":$PATH && " + line;
+    const int status = std::system(script.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 /// What bash offers for a line.
 std::string offered(const TempDir& dir, const std::string& line)
 {
-    support::writeFile(
-        dir / "offer.bash",
-        "compopt() { :; }\n. " HWDEF_COMPLETIONS "/hwdef.bash\ncd " + dir.path() +
-            "\nCOMP_LINE=$1 COMP_POINT=${#1}\n_hwdef\nprintf '%s\\n' \"${COMPREPLY[*]}\" >offer\n");
-    const std::string path = HWDEF_COMMAND;
-    const std::string command =
-        "PATH=" + path.substr(0, path.rfind('/')) + ":$PATH bash " + (dir / "offer.bash") + " '" + line + "'";
-    EXPECT_EQ(std::system(command.c_str()), 0);
+    support::writeFile(dir / "offer.bash",
+                       "compopt() { :; }\n. " HWDEF_COMPLETIONS
+                       "/hwdef.bash\n"
+                       "COMP_LINE=$1 COMP_POINT=${#1}\n_hwdef\nprintf '%s\\n' \"${COMPREPLY[*]}\" >offer\n");
+    EXPECT_EQ(runInShell(dir, "bash offer.bash '" + line + "'"), 0);
     return support::readFile(dir / "offer");
+}
+
+/// The command lines that a help text gives as examples.
+std::vector<std::string> examplesIn(const std::string& help)
+{
+    const std::size_t begin = help.find("Examples:");
+    std::istringstream lines(begin == std::string::npos ? "" : help.substr(begin));
+    std::vector<std::string> examples;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("  hwdef ")) {
+            examples.push_back(line.substr(2));
+        }
+    }
+    return examples;
+}
+
+/// Writes what the examples name.
+void writeForExamples(const TempDir& dir)
+{
+    tools::writeDesign(dir.path());
+    tools::writePartial(dir.path());
+    const auto copy = [&](const std::string& from, const std::string& to) {
+        support::writeFile(dir / to, support::readFile(dir / from));
+    };
+    EXPECT_EQ(runCommand(dir.path(), {"set", "design.hdf", "mode=pre"}).error, "");
+    EXPECT_EQ(runCommand(dir.path(), {"explode", "design.hdf", "exploded"}).error, "");
+    copy("design.hdf", "old.hdf");
+    copy("design.hdf", "base.hdf");
+    copy("partial.hdf", "new.hdf");
+    copy("partial.hdf", "overlay.hdf");
+    copy("in/top.hwh", "top.hwh");
+    copy("in/top.bit", "top.bit");
+    copy("in/top.bit", "debug.ltx");
+    copy("in/gpio_v1/data/gpio.mdd", "src/gpio_v1_0/data/gpio.mdd");
 }
 
 }  // namespace
@@ -73,6 +117,26 @@ TEST(Complete, servesBash)
     EXPECT_EQ(offered(dir, "hwdef cat design.hdf top"), "top.hwh top.bit\n");
     EXPECT_EQ(offered(dir, "hwdef build in/top.bit:BI"), "BIT\n");
     EXPECT_EQ(offered(dir, "hwdef info des"), "design.hdf\n");
+}
+
+TEST(Help, givesExamplesThatWork)
+{
+    const TempDir dir;
+    writeForExamples(dir);
+    std::istringstream verbs(runCommand("/", {"_complete", ""}).out + "--help\n");
+    std::size_t count = 0;
+    for (std::string verb; std::getline(verbs, verb);) {
+        const std::string help = verb == "--help" ? "" : verb;
+        if (verb == "--version" || (verb == "--help" && count == 0)) {
+            continue;
+        }
+        for (const std::string& example : examplesIn(runCommand("/", {"help", help}).out)) {
+            EXPECT_LE(runInShell(dir, "{ " + example + "; } >stdout.txt 2>stderr.txt"), 1) << example;
+            EXPECT_EQ(support::readFile(dir / "stderr.txt"), "") << example;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 30U);
 }
 
 TEST(Manual, hasAPageForEachVerb)

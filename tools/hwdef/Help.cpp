@@ -86,7 +86,7 @@ std::string generalHelp()
            "      the bitstreams in it\n"
            "  hwdef extract design.hdf -C out\n"
            "      all members as files below out\n"
-           "  hwdef build -o design.hdf top.hwh:HW_HANDOFF top.bit:BIT part=ice40hx8k-ct256\n"
+           "  hwdef build -o design.hdf top.hwh:HW_HANDOFF top.bit:BIT -s part=ice40hx8k-ct256\n"
            "      a container of two files\n\n"
            "Exit codes: 0 done, sound or the same; 1 findings or differences; 2 an error.";
 }
