@@ -1,16 +1,10 @@
-// The verbs that judge, compare and picture containers: what they say, and what they end with.
+// The verbs that judge and compare containers: what they say, and what they end with.
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
-#include <boost/algorithm/string/replace.hpp>
-#include <cstdlib>
-#include <sstream>
-
 #include "hwdef/utils/HHDFHwDefUtils.h"
-#include "support/BomDocument.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
-#include "support/ZipBuilder.h"
 #include "tools/Command.h"
 #include "tools/Designs.h"
 
@@ -33,15 +27,6 @@ rapidjson::Document parsed(const std::string& json)
     document.Parse(json.c_str());
     EXPECT_FALSE(document.HasParseError()) << json;
     return document;
-}
-
-/// The page of a report on a container of the directory.
-std::string pageOf(const std::string& dir, const std::string& container)
-{
-    const CommandRun run = runCommand(dir, {"report", container});
-    EXPECT_EQ(run.exitCode, 0) << run.error;
-    EXPECT_EQ(run.error, "");
-    return run.out;
 }
 
 }  // namespace
@@ -209,142 +194,4 @@ TEST(Digest, refusesWhatItCantRead)
 
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_EQ(run.out, "");
-}
-
-TEST(Report, showsResourcesMembersAndFindings)
-{
-    const TempDir dir;
-    tools::writeDesign(dir.path());
-    const std::string page = support::outline(pageOf(dir.path(), "design.hdf"));
-
-    EXPECT_TRUE(contains(page, "aria-label='25 of 100, 25.0 %'")) << page;
-    EXPECT_TRUE(contains(page, "rect class='fill-good' width='25.0' height='1'")) << page;
-    EXPECT_TRUE(contains(page, "rect class='fill-warn' width='80.0' height='1'")) << page;
-    EXPECT_TRUE(contains(page, "svg class='map wide' viewBox='0 0 1000.0 420.0'")) << page;
-    EXPECT_TRUE(contains(page, "svg class='map narrow' viewBox='0 0 360.0 480.0'")) << page;
-}
-
-TEST(Report, givesEachMemberAnAreaByItsSize)
-{
-    const TempDir dir;
-    tools::writeDesign(dir.path());
-    std::istringstream lines(support::outline(pageOf(dir.path(), "design.hdf")));
-    std::size_t boxes = 0;
-    double area = 0;
-    bool isMap = false;
-    for (std::string line; std::getline(lines, line);) {
-        if (contains(line, "svg class='")) {
-            isMap = contains(line, "map wide");
-        } else if (isMap && contains(line, "rect class='c")) {
-            const auto number = [&line](const std::string& name) {
-                return std::strtod(line.c_str() + line.find(" " + name + "='") + name.size() + 3, nullptr);
-            };
-            EXPECT_LE(number("x") + number("width"), 1000.1) << line;
-            EXPECT_LE(number("y") + number("height"), 420.1) << line;
-            area += (number("width") + 1) * (number("height") + 1);
-            ++boxes;
-        }
-    }
-    EXPECT_EQ(boxes, 7u);
-    EXPECT_NEAR(area, 1000 * 420, 4200);
-}
-
-TEST(Report, showsPartitionsAsATree)
-{
-    const TempDir dir;
-    tools::writePartial(dir.path());
-    const std::string page = pageOf(dir.path(), "partial.hdf");
-
-    EXPECT_TRUE(contains(page, "<b>top/filter</b>\n<ul>\n<li>fir <span class=\"badge good\">default</span>"))
-        << page;
-    EXPECT_TRUE(contains(page, "<b>both</b> <span class=\"badge good\">active</span>")) << page;
-    EXPECT_TRUE(contains(page, "top/link: <span class=\"soft\">gray box</span>")) << page;
-}
-
-TEST(Report, asksForNothingBesideIt)
-{
-    const TempDir dir;
-    tools::writeDesign(dir.path());
-    const std::string page = pageOf(dir.path(), "design.hdf");
-
-    for (const char* reference : {"http:", "https:", "src=", "href", "url(", "@import", "<script", "<link"}) {
-        EXPECT_FALSE(contains(page, reference)) << reference;
-    }
-    EXPECT_TRUE(contains(page, "content=\"default-src 'none'; style-src 'unsafe-inline'\""));
-    EXPECT_TRUE(contains(page, "prefers-color-scheme: dark"));
-}
-
-TEST(Report, escapesWhateverAContainerHolds)
-{
-    const TempDir dir;
-    const std::string bom = "&lt;script src=&quot;http://x/&quot;>&apos;&lt;/script>";
-    std::string elements =
-        "<SYSTEMINFO PART='T' LUT='T'/><HIERARCHY Name='T'/><File Type='T' Name='T'/>"
-        "<Instance_Paths><Reconfigurable_Partition Instance_Path='T' DEFALUT_CONFIG_RM='T'>"
-        "<File RM_NAME='T' Name='T'/></Reconfigurable_Partition></Instance_Paths>"
-        "<WDIATTRS><WDIATTR ATTRNAME='T' ATTRVAL='T'/></WDIATTRS>";
-    boost::algorithm::replace_all(elements, "'T'", "'" + bom + "'");
-    support::ZipBuilder zip;
-    zip.addStored("hwdef.xml", support::bomDocument("Version='1' Minor='7'", elements));
-    zip.addStored("<script>\x1b\xff&\"'.bit", "x");
-    zip.write(dir / "evil.hdf");
-    const std::string page = pageOf(dir.path(), "evil.hdf");
-
-    EXPECT_FALSE(contains(page, "<script"));
-    EXPECT_FALSE(contains(page, "\x1b"));
-    EXPECT_TRUE(contains(page, "&lt;script&gt;\\x1b\\xff&amp;&quot;&#39;.bit")) << page;
-    EXPECT_FALSE(contains(support::outline(page), "script src='"));  // texts stayed texts
-}
-
-TEST(Report, showsWhatIsWrongWithAContainerThatCantBeOpened)
-{
-    const TempDir dir;
-    writeFile(dir / "a.hdf", "some text");
-    const std::string page = pageOf(dir.path(), "a.hdf");
-
-    support::outline(page);
-    EXPECT_TRUE(contains(page, "archive.not-archive")) << page;
-    EXPECT_TRUE(contains(page, "not a hardware definition container")) << page;
-}
-
-TEST(Report, gathersVeryManyMembers)
-{
-    const TempDir dir;
-    support::Members members = {{"hwdef.xml", support::bomOfFiles("7", {})}};
-    for (int number = 0; number < 400; ++number) {
-        members.emplace_back("m" + std::to_string(number),
-                             std::string(static_cast<std::size_t>(number), 'x'));
-    }
-    support::writeArchive(dir / "many.hdf", members);
-    const std::string page = pageOf(dir.path(), "many.hdf");
-
-    support::outline(page);
-    EXPECT_TRUE(contains(page, "<td>151 smaller members</td><td>of several types</td>"));
-}
-
-TEST(Report, writesAFileAndTellsOfIt)
-{
-    const TempDir dir;
-    tools::writeDesign(dir.path());
-    const CommandRun run = runCommand(dir.path(), {"report", "design.hdf", "-o", "r.html"});
-    EXPECT_EQ(run.exitCode, 0);
-    EXPECT_TRUE(run.out.starts_with("r.html: ")) << run.out;
-    EXPECT_EQ(readFile(dir / "r.html"), pageOf(dir.path(), "design.hdf"));
-
-    const CommandRun json = runCommand(dir.path(), {"report", "--json", "design.hdf", "-o", "r.html"});
-    EXPECT_EQ(parsed(json.out)["bytes"].GetUint64(), readFile(dir / "r.html").size());
-    EXPECT_EQ(runCommand(dir.path(), {"report", "--json", "design.hdf"}).exitCode, 2);
-}
-
-TEST(Report, replacesNoContainerAndLeavesNoPart)
-{
-    const TempDir dir;
-    tools::writeDesign(dir.path());
-    const std::string before = readFile(dir / "design.hdf");
-
-    EXPECT_EQ(runCommand(dir.path(), {"report", "design.hdf", "-o", "design.hdf"}).exitCode, 2);
-    EXPECT_TRUE(readFile(dir / "design.hdf") == before);
-    EXPECT_EQ(runCommand(dir.path(), {"report", "design.hdf", "-o", "in"}).exitCode, 2);
-    EXPECT_EQ(dir.list(), "design.hdf in");
-    EXPECT_EQ(runCommand(dir.path(), {"report", "missing.hdf"}).exitCode, 2);
 }

@@ -6,6 +6,7 @@
 #include "RecipeFile.h"
 #include "Text.h"
 #include "Verb.h"
+#include "WholeFile.h"
 
 namespace fs = std::filesystem;
 
@@ -143,9 +144,7 @@ ExitCode Explode::run(Output& output)
     const Recipe recipe = this->recipe(container);
     extract(container, recipe);
     const std::string path = dir_ + "/" + recipeName;
-    if (!(std::ofstream(path, std::ios::binary) << recipeText(recipe)).flush()) {
-        throw CommandError(printable(path) + ": the recipe can't be written");
-    }
+    writeWhole(path, recipeText(recipe));
     const bool isSameAgain = givesSameBytes();
     if (!isSameAgain) {
         tell("the recipe gives a container of the same members, but of other bytes: " +

@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <fstream>
 
 #include "CommandError.h"
 #include "FindingText.h"
@@ -7,6 +6,7 @@
 #include "ReportPage.h"
 #include "Text.h"
 #include "Verb.h"
+#include "WholeFile.h"
 
 namespace {
 
@@ -37,7 +37,6 @@ public:
 private:
     void checkOutput(const Output& output) const;
     ReportFacts gather() const;
-    void save(const std::string& page) const;
 
     std::string output_;
 };
@@ -74,24 +73,6 @@ ReportFacts Report::gather() const
     return facts;
 }
 
-/// Beside the target first, so that a page that is there stays until the new one is whole.
-void Report::save(const std::string& page) const
-{
-    const std::string temporary = output_ + ".tmp";
-    std::error_code error;
-    {
-        std::ofstream file(temporary, std::ios::binary);
-        if ((file << page).flush()) {
-            std::filesystem::rename(temporary, output_, error);
-            if (!error) {
-                return;
-            }
-        }
-    }
-    std::filesystem::remove(temporary, error);
-    throw CommandError(printable(output_) + ": the page can't be written");
-}
-
 ExitCode Report::run(Output& output)
 {
     checkOutput(output);
@@ -101,7 +82,7 @@ ExitCode Report::run(Output& output)
         output.line(std::string_view(page).substr(0, page.size() - 1));  // the line ends it anew
         return ExitCode::SOUND;
     }
-    save(page);
+    writeWhole(output_, page);
     const FindingCounts counts(facts.findings);
     if (output.isJson()) {
         output.json().add("file", containerPath());
