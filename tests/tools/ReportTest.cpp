@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <boost/algorithm/string/replace.hpp>
+#include <cmath>
 #include <cstdlib>
+#include <map>
 #include <sstream>
 
 #include "support/BomDocument.h"
@@ -45,6 +47,33 @@ double numberIn(const std::string& line, const std::string& attribute)
     return place == std::string::npos ? 0 : std::strtod(line.c_str() + place + attribute.size() + 3, nullptr);
 }
 
+/// The colours "#rrggbb" that a style sheet names, by their names.
+std::map<std::string, std::string> coloursIn(const std::string& css)
+{
+    std::map<std::string, std::string> colours;
+    for (std::size_t at = css.find("--"); at != std::string::npos; at = css.find("--", at + 2)) {
+        const std::size_t colon = css.find(": #", at);
+        colours[css.substr(at + 2, colon - at - 2)] = css.substr(colon + 3, 6);
+    }
+    return colours;
+}
+
+/// Relative luminance (WCAG 2.1).
+double luminance(const std::string& colour)
+{
+    const auto part = [&](std::size_t place) {
+        const double value = static_cast<double>(std::stoi(colour.substr(place, 2), nullptr, 16)) / 255;
+        return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * part(0) + 0.7152 * part(2) + 0.0722 * part(4);
+}
+
+double contrast(const std::string& one, const std::string& other)
+{
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
 }  // namespace
 
 TEST(Report, showsResourcesMembersAndFindings)
@@ -80,6 +109,33 @@ TEST(Report, givesEachMemberAnAreaByItsSize)
     EXPECT_NEAR(area, 1000 * 420, 4200);
 }
 
+TEST(Report, drawsNothingOutsideOfAPicture)
+{
+    const TempDir dir;
+    support::Members members = {{"hwdef.xml", support::bomOfFiles("7", {})},
+                                {"large.bit", std::string(100000, 'x')}};
+    for (int number = 0; number < 200; ++number) {
+        members.emplace_back("m" + std::to_string(number), "");
+    }
+    support::writeArchive(dir / "tiny.hdf", members);
+    std::istringstream lines(support::outline(pageOf(dir.path(), "tiny.hdf")));
+    double width = 0;
+    double height = 0;
+    std::size_t shapes = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (contains(line, " viewBox='0 0 ")) {
+            char* end = nullptr;
+            width = std::strtod(line.c_str() + line.find("'0 0 ") + 5, &end);
+            height = std::strtod(end, nullptr);
+        } else if (contains(line, "rect ") || contains(line, "svg ")) {
+            EXPECT_LE(numberIn(line, "x") + numberIn(line, "width"), width) << line;
+            EXPECT_LE(numberIn(line, "y") + numberIn(line, "height"), height) << line;
+            ++shapes;
+        }
+    }
+    EXPECT_GT(shapes, 2 * 202U);
+}
+
 TEST(Report, showsPartitionsAsATree)
 {
     const TempDir dir;
@@ -103,6 +159,37 @@ TEST(Report, asksForNothingBesideIt)
     }
     EXPECT_TRUE(contains(page, "content=\"default-src 'none'; style-src 'unsafe-inline'\""));
     EXPECT_TRUE(contains(page, "prefers-color-scheme: dark"));
+}
+
+TEST(Report, suitsNarrowAndWideScreens)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string page = pageOf(dir.path(), "design.hdf");
+
+    EXPECT_TRUE(contains(page, "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>"));
+    EXPECT_TRUE(contains(page, ".narrow { display: none; }"));
+    EXPECT_TRUE(
+        contains(page, "@media (max-width: 40rem) { .wide { display: none; } .narrow { display: block; }"));
+}
+
+TEST(Report, canBeReadOnLightAndDarkScreens)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string page = pageOf(dir.path(), "design.hdf");
+    const std::size_t light = page.find(":root {");
+    const std::size_t dark = page.find("prefers-color-scheme: dark");
+    for (const auto& colours : {coloursIn(page.substr(light, dark - light)),
+                                coloursIn(page.substr(dark, page.find("body {") - dark))}) {
+        for (const char* text : {"text", "soft", "good", "warn", "bad", "info"}) {
+            EXPECT_GE(contrast(colours.at(text), colours.at("card")), 4.5) << text;
+            EXPECT_GE(contrast(colours.at(text), colours.at("page")), 4.5) << text;
+        }
+        for (int number = 0; number <= 8; ++number) {
+            EXPECT_GE(contrast(colours.at("on"), colours.at("c" + std::to_string(number))), 4.5) << number;
+        }
+    }
 }
 
 TEST(Report, escapesWhateverAContainerHolds)

@@ -110,17 +110,31 @@ std::string labelFor(const std::string& name, const Box& box)
     return isAscii ? text.substr(0, room - 1) + "\u2026" : "";
 }
 
+/// What of a box is painted: there is a gap to the next one, something to see of the smallest, and nothing
+/// outside of the picture.
+Box painted(const Box& box, const Box& picture)
+{
+    constexpr double gap = 1;
+    constexpr double least = 0.5;
+    return {std::min(box.x, picture.width - least), std::min(box.y, picture.height - least),
+            std::max(least, box.width - gap), std::max(least, box.height - gap)};
+}
+
+std::string place(const Box& box)
+{
+    return " x=\"" + pixels(box.x) + "\" y=\"" + pixels(box.y) + "\" width=\"" + pixels(box.width) +
+           "\" height=\"" + pixels(box.height) + "\"";
+}
+
 std::string drawn(const MemberArea& member, const Box& box)
 {
     std::string svg = "<g><title>" + html(member.name) + "\n" + html(member.type) + ", " +
                       readableSize(member.sizeBytes) + "</title><rect class=\"c" +
-                      std::to_string(member.colour) + "\" x=\"" + pixels(box.x) + "\" y=\"" + pixels(box.y) +
-                      "\" width=\"" + pixels(std::max(0.5, box.width - 1)) + "\" height=\"" +
-                      pixels(std::max(0.5, box.height - 1)) + "\"></rect>";
+                      std::to_string(member.colour) + "\"" + place(box) + "></rect>";
     const std::string label = labelFor(member.name, box);
     if (!label.empty()) {
-        svg += "<text x=\"" + pixels(box.x + 6) + "\" y=\"" + pixels(box.y + 15) + "\">" + html(label) +
-               "</text>";
+        // A picture of its own, so that wide letters end at its edge.
+        svg += "<svg" + place(box) + "><text x=\"6\" y=\"15\">" + html(label) + "</text></svg>";
     }
     return svg + "</g>\n";
 }
@@ -130,11 +144,12 @@ std::string drawn(const MemberArea& member, const Box& box)
 std::string memberMap(const std::vector<MemberArea>& members, double width, double height,
                       const std::string& cssClass)
 {
-    const std::vector<Box> boxes = Layout(areasOf(members, width * height), {0, 0, width, height}).boxes();
+    const Box picture = {0, 0, width, height};
+    const std::vector<Box> boxes = Layout(areasOf(members, width * height), picture).boxes();
     std::string svg = "<svg class=\"" + cssClass + "\" viewBox=\"0 0 " + pixels(width) + " " +
                       pixels(height) + "\" role=\"img\" aria-label=\"Members by size and type\">\n";
     for (std::size_t i = 0; i < members.size(); ++i) {
-        svg += drawn(members[i], boxes[i]);
+        svg += drawn(members[i], painted(boxes[i], picture));
     }
     return svg + "</svg>\n";
 }
