@@ -219,6 +219,18 @@ TEST(Explode, keepsABomOfOtherHands)
                 "the recipe takes its bill of materials as it is; nothing can be set in it");
 }
 
+TEST(Explode, takesAnArchiveWithDirectoriesApart)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "a.hdf", {{"hwdef.xml", support::bomOfFiles("0", {"b.bit"})},
+                                          {"deep/", ""},
+                                          {"deep/notes.txt", "notes"},
+                                          {"b.bit", "bits"}});
+    EXPECT_EQ(runCommand(dir.path(), {"explode", "a.hdf", "parts"}).exitCode, 0);
+    expectDone(runCommand(dir.path(), {"build", "-o", "again.hdf", "parts/recipe.json"}));
+    EXPECT_EQ(support::namesIn(dir / "again.hdf"), "hwdef.xml deep/notes.txt b.bit");
+}
+
 TEST(Explode, saysWhenTheBytesDiffer)
 {
     const TempDir dir;

@@ -206,6 +206,18 @@ TEST(Extract, refusesNamesThatLeadOutOfTheDirectory)
     EXPECT_EQ(support::readFile(dir / "out/good"), "y");
 }
 
+TEST(Extract, makesNoFileOfADirectory)
+{
+    const TempDir dir;
+    support::writeArchive(
+        dir / "a.hdf",
+        {{"hwdef.xml", "<Project Version=\"1\" Minor=\"0\"/>"}, {"deep/", ""}, {"deep/b.elf", "b"}});
+    const CommandRun run = runCommand(dir.path(), {"extract", "a.hdf", "-C", "out"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "");
+    EXPECT_EQ(support::readFile(dir / "out/deep/b.elf"), "b");
+}
+
 TEST(Drivers, listsDriversWithTheirFiles)
 {
     EXPECT_EQ(InDirectory(tools::writeDesign).out({"drivers", "design.hdf"}),

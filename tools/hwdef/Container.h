@@ -25,6 +25,13 @@ struct Container {
 /// Throws CommandError, which says what is wrong with the file, or what it is when it is no container.
 Container openContainer(const std::string& path);
 
+/// Whether a member of that name stands for a directory (APPNOTE 4.3.8): it has no content, and no file is
+/// made of it.
+inline bool isDirectory(const std::string& member)
+{
+    return member.ends_with('/');
+}
+
 /// What stands at a path, as far as its first bytes tell: "a directory", "an ELF file", "a zip archive".
 /// Empty when that isn't known.
 std::string kindOf(const std::string& path);

@@ -108,6 +108,7 @@ Recipe Explode::recipe(const Container& container) const
         verbatim.modified = recipe.modified;
         recipe = std::move(verbatim);
     }
+    std::erase_if(recipe.members, [](const Recipe::Member& member) { return isDirectory(member.name); });
     setPaths(recipe);
     return recipe;
 }
@@ -118,7 +119,7 @@ void Explode::extract(const Container& container, const Recipe& recipe) const
     for (const auto& member : container.archive->members()) {
         if (member.name == recipeName) {
             container.archive->extract(member.name, dir_ + "/_");
-        } else if (member.name != recipe.bomName || !recipe.bomPath.empty()) {
+        } else if (!isDirectory(member.name) && (member.name != recipe.bomName || !recipe.bomPath.empty())) {
             names.push_back(member.name);
         }
     }

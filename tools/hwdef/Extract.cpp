@@ -63,7 +63,7 @@ std::vector<const Member*> Extract::chosen(const Container& container) const
                 isChosen = isUsed[i] = true;
             }
         }
-        if (isChosen) {
+        if (isChosen && !isDirectory(member.name)) {
             members.push_back(&member);
         }
     }
