@@ -138,6 +138,9 @@ TEST(Build, keepsTheOldContainerWhenItFails)
     expectError(build({"gone.bit:BIT"}), "gone.bit: there is no such file");
     expectError(build({".:BIT"}), ".: this is a directory, not a file to pack");
     expectError(build({"top.bit"}), "\"top.bit\" has no type; a file is given as PATH:TYPE");
+    expectError(build({"top.bit:"}), "\"top.bit:\" has no type; a file is given as PATH:TYPE");
+    expectError(build({":BIT"}), "\":BIT\" has no path; a file is given as PATH:TYPE");
+    expectError(build({"top.bit:BIT", "-d", "x"}), "\"x\" is not of the form NAME=DIR");
     expectError(build({"top.bit:BITS"}), "there is no file type \"BITS\"; did you mean \"BIT\"?");
     expectError(build({"top.bit:BIT", "./top.bit:BIT"}), "\"top.bit\" is the name of two members");
     expectError(build({"top.bit:BIT", "-s", "part"}), "\"part\" is not of the form key=value");
@@ -315,6 +318,7 @@ TEST(Set, refusesWhatItDoesNotKnow)
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_TRUE(
         contains(run.error, "there is no property \"prat\"; did you mean \"part\"?\nProperties are part, "));
+    EXPECT_FALSE(contains(runCommand(dir.path(), {"set", "design.hdf", "attribute.=x"}).error, "mean"));
     expectError(runCommand(dir.path(), {"set", "design.hdf", "version=2.0"}),
                 "version can't be \"2.0\"; it is 1 and a minor version, as 1.7");
     EXPECT_EQ(readFile(dir / "design.hdf"), before);

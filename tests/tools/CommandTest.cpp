@@ -86,6 +86,14 @@ TEST(Command, suggestsTheNearestOption)
               "\"always\"?\nTry \"hwdef list --help\".\n");
 }
 
+TEST(Command, refusesOptionsWithoutTheirValueOrWithTwo)
+{
+    EXPECT_EQ(errorOf("/", {"list", "x", "-t"}),
+              "hwdef: error: list: --type needs a value\nTry \"hwdef list --help\".\n");
+    EXPECT_EQ(errorOf("/", {"list", "x", "-t", "BIT", "--type=BIT"}),
+              "hwdef: error: list: --type may be given only once\nTry \"hwdef list --help\".\n");
+}
+
 TEST(Command, refusesOperandsThatAreMissingOrTooMany)
 {
     EXPECT_EQ(errorOf("/", {"list"}), "hwdef: error: list: FILE is required\nTry \"hwdef list --help\".\n");
@@ -125,6 +133,23 @@ TEST(Command, saysWhatAFileIsInPlaceOfAContainer)
               "hwdef: error: tmp: this is a directory, not a hardware definition container\n");
     EXPECT_EQ(errorOf("/", {"list", "/dev/null"}),
               "hwdef: error: /dev/null: this is a device, not a hardware definition container\n");
+}
+
+TEST(Command, saysWhatStandsInPlaceOfAFileWhateverTheVerb)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    for (const char* verb : {"info", "verify", "report", "digest"}) {
+        EXPECT_EQ(runCommand(dir.path(), {verb, "in"}).error,
+                  "hwdef: error: in: this is a directory, not a hardware definition container\n");
+        EXPECT_EQ(runCommand(dir.path(), {verb, "desing.hdf"}).error,
+                  "hwdef: error: desing.hdf: there is no such file; did you mean \"design.hdf\"?\n");
+        EXPECT_EQ(runCommand(dir.path(), {verb, ""}).error, "hwdef: error: \"\": there is no such file\n");
+    }
+    for (const char* verb : {"extract", "drivers"}) {
+        EXPECT_EQ(errorOf(dir.path(), {verb, "design.hdf", "-C", "in/params.json"}),
+                  "hwdef: error: in/params.json: this is a JSON document, not a directory\n");
+    }
 }
 
 TEST(Command, saysWhenAnArchiveLacksItsBom)

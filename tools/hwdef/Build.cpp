@@ -69,7 +69,7 @@ const Registration<Build> registration;
 /// The files below a directory, as members below "drivers".
 Recipe::Driver driverOf(const std::string& text)
 {
-    const auto [name, value] = parseAssignment(text);
+    const auto [name, value] = parseAssignment(text, "NAME=DIR");
     const fs::path dir(value);
     if (!fs::is_directory(dir)) {
         throw CommandError(printable(value) + ": a driver is a directory of files, and this is none");

@@ -118,6 +118,14 @@ void checkChoices(const Verb& verb, const Arguments& arguments)
     }
 }
 
+/// The parser's text of an option with too few or too many values, "--type: 1 required TEXT missing", in
+/// the user's words.
+std::string mismatch(const std::string& text)
+{
+    const std::string name = text.substr(0, text.find(':'));
+    return printable(name) + (text.ends_with(" missing") ? " needs a value" : " may be given only once");
+}
+
 }  // namespace
 
 std::vector<std::string>::const_iterator verbIn(const std::vector<std::string>& words)
@@ -158,6 +166,9 @@ void parseWords(const Verb& verb, const Arguments& arguments, const Settings& se
     } catch (const CLI::ParseError& error) {
         if (settings.help) {
             return;
+        }
+        if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+            throw usageError(verb, mismatch(error.what()));
         }
         throw usageError(verb, printable(error.what()));
     }

@@ -106,21 +106,13 @@ std::vector<std::string> neighbours(const fs::path& path)
 
 CommandError failure(const std::string& path, const std::string& text)
 {
-    return CommandError(printable(path) + ": " + text);
+    return CommandError((path.empty() ? "\"\"" : printable(path)) + ": " + text);
 }
 
-void checkFile(const std::string& path)
+void checkContent(const std::string& path)
 {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (status.type() == fs::file_type::not_found) {
-        throw failure(path, "there is no such file" + didYouMean(path, neighbours(path)));
-    }
-    if (error) {
-        throw failure(path, error.message());
-    }
     const std::string kind = kindOf(path);
-    if (status.type() != fs::file_type::regular || kind == "an empty file") {
+    if (kind == "an empty file") {
         throw failure(path, "this is " + kind + ", not a hardware definition container");
     }
     if (!std::ifstream(path)) {
@@ -181,6 +173,31 @@ std::string kindOf(const std::string& path)
     return fs::file_size(path, error) == 0 ? "an empty file" : kindOfContent(path);
 }
 
+void checkFile(const std::string& path)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found) {
+        throw failure(path, "there is no such file" + didYouMean(path, neighbours(path)));
+    }
+    if (error) {
+        throw failure(path, error.message());
+    }
+    if (status.type() != fs::file_type::regular) {
+        throw failure(path, "this is " + kindOf(path) + ", not a hardware definition container");
+    }
+}
+
+void checkDirectory(const std::string& path)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::exists(status) && !fs::is_directory(status)) {
+        const std::string kind = kindOf(path);
+        throw failure(path, "this is " + (kind.empty() ? "a file" : kind) + ", not a directory");
+    }
+}
+
 std::vector<HHDFHwDefFile*> Container::files() const
 {
     std::vector<HHDFHwDefFile*> files;
@@ -220,6 +237,7 @@ const HHDFHwDefArchive::Member* Container::driverMember(const HHDFHwDefDriver& f
 Container openContainer(const std::string& path)
 {
     checkFile(path);
+    checkContent(path);
     HeldMessages messages;
     Container container = {path, tryToOpen(path), nullptr};
     if (container.definition == nullptr) {

@@ -25,6 +25,12 @@ struct Container {
 /// Throws CommandError, which says what is wrong with the file, or what it is when it is no container.
 Container openContainer(const std::string& path);
 
+/// Throws CommandError when there is no file at the path, with the nearest one, or something else than a
+/// file, with what it is.
+void checkFile(const std::string& path);
+/// Throws CommandError when something else than a directory stands at the path.
+void checkDirectory(const std::string& path);
+
 /// Whether a member of that name stands for a directory (APPNOTE 4.3.8): it has no content, and no file is
 /// made of it.
 inline bool isDirectory(const std::string& member)

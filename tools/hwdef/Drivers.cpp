@@ -89,6 +89,7 @@ bool Drivers::extract(const Container& container) const
 ExitCode Drivers::run(Output& output)
 {
     const Container container = openContainer(containerPath());
+    checkDirectory(dir_);
     const bool isDone = dir_.empty() || extract(container);
     if (output.isJson()) {
         output.json().add("file", containerPath());

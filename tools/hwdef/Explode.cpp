@@ -85,9 +85,7 @@ bool isSame(const std::string& left, const std::string& right)
 
 void Explode::checkDirectory() const
 {
-    if (fs::exists(dir_) && !fs::is_directory(dir_)) {
-        throw CommandError(printable(dir_) + ": this is " + kindOf(dir_) + ", not a directory");
-    }
+    ::checkDirectory(dir_);
     if (!isForced_ && fs::exists(dir_) && !fs::is_empty(dir_)) {
         throw CommandError(printable(dir_) +
                            ": the directory isn't empty; --force writes into it all the same");

@@ -103,6 +103,7 @@ void extract(const Container& container, const std::string& dir, std::vector<con
 ExitCode Extract::run(Output& output)
 {
     const Container container = openContainer(containerPath());
+    checkDirectory(dir_);
     auto members = chosen(container);
     const std::size_t wanted = members.size();
     extract(container, dir_, members);

@@ -135,11 +135,11 @@ const Property* findProperty(const std::string& key)
     return nullptr;
 }
 
-Assignment parseAssignment(const std::string& text)
+Assignment parseAssignment(const std::string& text, const char* form)
 {
     const std::size_t sign = text.find('=');
     if (sign == std::string::npos || sign == 0) {
-        throw CommandError("\"" + printable(text) + "\" is not of the form key=value");
+        throw CommandError("\"" + printable(text) + "\" is not of the form " + form);
     }
     return {text.substr(0, sign), text.substr(sign + 1)};
 }

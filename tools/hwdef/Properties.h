@@ -25,8 +25,9 @@ const Property* findProperty(const std::string& key);
 /// A key with its value.
 using Assignment = std::pair<std::string, std::string>;
 
-/// What stands on both sides of the first "="; the right side may be empty. Throws CommandError.
-Assignment parseAssignment(const std::string& text);
+/// What stands on both sides of the first "="; the right side may be empty. Throws CommandError, which
+/// tells the form.
+Assignment parseAssignment(const std::string& text, const char* form = "key=value");
 
 /// Sets a property by its key, or a free attribute of the design by "attribute.NAME". Throws
 /// CommandError for a key that isn't known, with the nearest one, and for a value that it can't have.

@@ -56,6 +56,7 @@ void Report::checkOutput(const Output& output) const
 
 ReportFacts Report::gather() const
 {
+    checkFile(containerPath());
     ReportFacts facts;
     facts.path = containerPath();
     if (!HHDFInspect::verify(containerPath(), HHDFInspect::Level::FULL, facts.findings)) {

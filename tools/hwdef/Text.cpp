@@ -159,7 +159,7 @@ std::string nearest(const std::string& text, const std::vector<std::string>& can
 std::string didYouMean(const std::string& text, const std::vector<std::string>& candidates)
 {
     const std::string name = nearest(text, candidates);
-    return name.empty() ? std::string() : "; did you mean \"" + printable(name) + "\"?";
+    return name.empty() || name == text ? std::string() : "; did you mean \"" + printable(name) + "\"?";
 }
 
 std::vector<std::string> Table::lines(std::size_t indent) const

@@ -10,8 +10,10 @@ namespace fs = std::filesystem;
 Recipe::File parseTypedFile(const std::string& text)
 {
     const std::size_t colon = text.rfind(':');
-    if (colon == std::string::npos) {
-        throw CommandError("\"" + printable(text) + "\" has no type; a file is given as PATH:TYPE");
+    const bool hasPath = colon != 0;
+    if (!hasPath || colon == std::string::npos || colon + 1 == text.size()) {
+        throw CommandError("\"" + printable(text) + "\" has no " + (hasPath ? "type" : "path") +
+                           "; a file is given as PATH:TYPE");
     }
     Recipe::File file;
     file.path = text.substr(0, colon);

@@ -1,5 +1,8 @@
+#include "CommandError.h"
+#include "Container.h"
 #include "Embedded.h"
 #include "FindingText.h"
+#include "Messages.h"
 #include "ProgressLine.h"
 #include "Text.h"
 #include "Verb.h"
@@ -75,6 +78,7 @@ void Verify::show(const std::string& file, const std::vector<HHDFFinding>& findi
 void Verify::look(const std::string& file, Output& output)
 {
     const auto level = level_ == "quick" ? HHDFInspect::Level::QUICK : HHDFInspect::Level::FULL;
+    checkFile(file);
     std::vector<HHDFFinding> findings;
     if (!HHDFInspect::verify(file, level, findings)) {
         isRead_ = false;
@@ -92,7 +96,12 @@ void Verify::look(const std::string& file, Output& output)
 ExitCode Verify::run(Output& output)
 {
     for (const std::string& file : files_) {
-        look(file, output);
+        try {
+            look(file, output);
+        } catch (const CommandError& error) {
+            tellError(error.what());
+            isRead_ = false;
+        }
         if (ProgressLine::signal() != 0) {
             break;
         }
