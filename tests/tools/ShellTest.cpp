@@ -47,6 +47,21 @@ std::string offered(const TempDir& dir, const std::string& line)
     return support::readFile(dir / "offer");
 }
 
+/// What zsh offers for the words of a line, or what it is asked to offer; the functions that only its line
+/// editor has are stood in for.
+std::string offeredByZsh(const TempDir& dir, const std::string& words)
+{
+    support::writeFile(dir / "offer", "");
+    support::writeFile(
+        dir / "offer.zsh",
+        "compadd() { while [[ $1 != -- ]]; do shift; done; shift; print -r -- \"$*\" >>offer }\n"
+        "_files() { print -r -- files \"$@\" >>offer }\n"
+        "words=(" +
+            words + ")\nCURRENT=${#words}\n. " HWDEF_COMPLETIONS "/_hwdef\n");
+    EXPECT_EQ(runInShell(dir, "zsh -f offer.zsh"), 0);
+    return support::readFile(dir / "offer");
+}
+
 /// The command lines that a help text gives as examples.
 std::vector<std::string> examplesIn(const std::string& help)
 {
@@ -117,6 +132,20 @@ TEST(Complete, servesBash)
     EXPECT_EQ(offered(dir, "hwdef cat design.hdf top"), "top.hwh top.bit\n");
     EXPECT_EQ(offered(dir, "hwdef build in/top.bit:BI"), "BIT\n");
     EXPECT_EQ(offered(dir, "hwdef info des"), "design.hdf\n");
+}
+
+TEST(Complete, servesZsh)
+{
+    const TempDir dir;
+    if (runInShell(dir, "command -v zsh >/dev/null") != 0) {
+        GTEST_SKIP() << "there is no zsh";
+    }
+    tools::writeDesign(dir.path());
+    EXPECT_EQ(offeredByZsh(dir, "hwdef expl"), "explode\n");
+    EXPECT_EQ(offeredByZsh(dir, "hwdef cat design.hdf top"), "top.hwh top.bit\n");
+    EXPECT_EQ(offeredByZsh(dir, "hwdef set design.hdf pa"), "part=\npackage=\n");
+    EXPECT_EQ(offeredByZsh(dir, "hwdef info ''"), "files \n");
+    EXPECT_EQ(offeredByZsh(dir, "hwdef extract design.hdf -C ''"), "files -/\n");
 }
 
 TEST(Help, givesExamplesThatWork)
