@@ -2,7 +2,8 @@
 """Links, paths and commands of all pages hold: usage: check_pages.py BUILD_DIR
 
 Links lead to files and headings that exist, paths in backticks exist, targets of make, presets, options and
-verbs are there, and blocks behind the mark `<!-- run -->` run, in a directory that holds design.hdf."""
+verbs are there, the BOM's page names each element and attribute, and blocks behind the mark `<!-- run -->` run,
+in a directory that holds design.hdf."""
 import glob
 import os
 import re
@@ -85,6 +86,15 @@ def failing_blocks(text, producer):
                 yield f"this fails: {script}{done.stderr}"
 
 
+def undescribed_vocabulary():
+    """Elements and attributes of the BOM document that its page doesn't name."""
+    vocabulary = read("hwdef/bom/BomNames.h").split("namespace value")[0]
+    names = re.findall(r'^inline .* = "(\w+)"', vocabulary, re.MULTILINE)
+    page = read("docs/bom.md")
+    yield from (f"docs/bom.md: {name} isn't described" for name in names
+                if not re.search(rf"(?<![\w-]){name}(?![\w-])", page))
+
+
 def main():
     build = os.path.abspath(sys.argv[1])
     command = os.path.join(build, "tools", "hwdef")
@@ -96,6 +106,7 @@ def main():
             found += unknown_verbs(text, command)
         found += failing_blocks(text, os.path.join(build, "examples", "first_producer"))
         wrong += [f"{page}: {what}" for what in found]
+    wrong += undescribed_vocabulary()
     lines = read("README.md").count("\n")
     if lines > README_LINES:
         wrong.append(f"README.md: {lines} lines, at most {README_LINES}")
