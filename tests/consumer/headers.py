@@ -12,34 +12,45 @@ OTHERS = {"platform/iostreams/zip.h": "/boost/", "platform/HCRapidJsonReadWriteU
 GATHERING = {"hwdef/hwdef.h", "platform/platform.h"}
 
 
-def included(header, directory):
-    """All files that the header leads to, it itself included; fails when it doesn't compile alone."""
+def tree(text, directory):
+    """What a source leads to, as pairs of depth and path, in order; None and the reasons when it isn't clean."""
     command = [os.environ.get("CXX", "g++"), "-std=c++20", "-Wall", "-Wextra", "-Wpedantic", "-Wconversion",
                "-Werror", "-fsyntax-only", "-H", "-I", directory, "-x", "c++", "-"]
-    done = subprocess.run(command, input=f"#include <{header}>\n", capture_output=True, text=True)
+    done = subprocess.run(command, input=text, capture_output=True, text=True, check=False)
     if done.returncode != 0:
-        sys.exit(f"{header} doesn't compile alone:\n{done.stderr}")
-    return set(re.findall(r"^\.+ (.*)$", done.stderr, re.MULTILINE))
+        return None, done.stderr
+    return [(len(dots), path) for dots, path in re.findall(r"^(\.+) (.*)$", done.stderr, re.MULTILINE)], ""
 
 
-def is_standard(path):
-    """Headers of the compiler and of the C library; those of other libraries stand in directories of theirs."""
-    return path.startswith("/usr/lib/") or "/c++/" in path or "x86_64-linux-gnu/" in path or \
-        path.startswith(("/usr/include/asm-generic/", "/usr/include/linux/")) or \
-        os.path.dirname(path) == "/usr/include"
+def included(header, directory):
+    """All files that the header leads to, it itself included, but for what another library leads to where the
+    interface is made of its types; fails when the header doesn't compile alone."""
+    found, reasons = tree(f"#include <{header}>\n", directory)
+    if found is None:
+        sys.exit(f"{header} doesn't compile alone:\n{reasons}")
+    own = {os.path.relpath(path, directory) for _, path in found if path.startswith(directory)}
+    allowed = [text for owner, text in OTHERS.items() if owner in own]
+    paths = set()
+    foreign = None  # the depth of the other library's header that we are in
+    for depth, path in found:
+        if foreign is None or depth <= foreign:
+            foreign = depth if any(text in path for text in allowed) else None
+        if foreign is None:
+            paths.add(path)
+    return paths
 
 
 def main():
     directory = os.path.abspath(sys.argv[1])
     installed = {os.path.relpath(os.path.join(root, name), directory)
                  for root, _, names in os.walk(directory) for name in names}
+    # Not by directory: the C library's headers lie among those of others.
+    standard = {path for _, path in tree("#include <bits/stdc++.h>\n", directory)[0]}
     reached = set()
     for header in sorted(installed):
         paths = included(header, directory)
         own = {os.path.relpath(path, directory) for path in paths if path.startswith(directory)}
-        allowed = tuple(text for owner, text in OTHERS.items() if owner in own)
-        wrong = {path for path in paths if not path.startswith(directory) and not is_standard(path)
-                 and not any(text in path for text in allowed)}
+        wrong = {path for path in paths - standard if not path.startswith(directory)}
         if wrong:
             sys.exit(f"{header} leads to {', '.join(sorted(wrong))}")
         if header in GATHERING:
