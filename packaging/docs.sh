@@ -3,7 +3,13 @@
 set -eu
 cd "$(dirname "$0")/.."
 mkdir -p "$2"
-headers=$(grep -rl HWDEF_API --include='*.h' hwdef platform | sort | tr '\n' ' ')
-sed -e "s|@VERSION@|$1|" -e "s|@OUTPUT@|$2|" -e "s|@HEADERS@|hwdef/hwdef.h platform/platform.h $headers|" Doxyfile.in |
+# As cmake/PublicHeaders.cmake has them: what declares something exported, what gathers, and what is gathered.
+gathering="hwdef/hwdef.h platform/platform.h"
+headers=$({
+    grep -rl HWDEF_API --include='*.h' hwdef platform
+    printf '%s\n' $gathering
+    sed -n 's/^#include "\(.*\)"$/\1/p' $gathering
+} | sort -u | tr '\n' ' ')
+sed -e "s|@VERSION@|$1|" -e "s|@OUTPUT@|$2|" -e "s|@HEADERS@|$headers|" Doxyfile.in |
     doxygen -
 echo "$2/html/index.html"
