@@ -3,6 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 mkdir -p "$2"
+rm -f "$2"/xml/*.xml
 # As cmake/PublicHeaders.cmake has them: what declares something exported, what gathers, and what is gathered.
 gathering="hwdef/hwdef.h platform/platform.h"
 headers=$({
@@ -12,4 +13,5 @@ headers=$({
 } | sort -u | tr '\n' ' ')
 sed -e "s|@VERSION@|$1|" -e "s|@OUTPUT@|$2|" -e "s|@HEADERS@|$headers|" Doxyfile.in |
     doxygen -
+python3 -B packaging/undocumented.py "$2/xml"
 echo "$2/html/index.html"
