@@ -149,7 +149,7 @@ std::string BufferedOutput::digest(std::uint64_t sizeBytes)
     } else {
         digestPassing({buffer_.data(), static_cast<std::size_t>(sizeBytes - flushed_)});
     }
-    const std::string digits = digest_->finish();
+    std::string digits = digest_->finish();
     digest_.reset();
     return digits;
 }
