@@ -250,6 +250,15 @@ void writeMany(const TempDir& dir)
     support::writeArchive(dir / "many.hdf", members);
 }
 
+constexpr std::size_t longBytes = 1U << 20;
+
+/// Writes DIR/long.hdf: a member that no pipe and no terminal holds as a whole.
+void writeLong(const TempDir& dir)
+{
+    support::writeArchive(dir / "long.hdf", {{"hwdef.xml", support::bomOfFiles("0", {"long.bit"})},
+                                             {"long.bit", std::string(longBytes, 'x')}});
+}
+
 /// The lines of progress that a terminal has shown.
 std::vector<std::string> progressIn(const std::string& shown)
 {
@@ -268,10 +277,11 @@ std::vector<std::string> progressIn(const std::string& shown)
 
 /// Runs the command on a terminal and interrupts it once what it shows is as awaited.
 CommandRun interrupted(const TempDir& dir, const std::vector<std::string>& words,
-                       const std::function<bool(const std::string& soFar)>& isAwaited)
+                       const std::function<bool(const std::string& soFar)>& isAwaited,
+                       const std::vector<std::string>& environment = {})
 {
     bool isStopped = false;
-    return runOnTerminal(dir.path(), words, {}, [&](const std::string& soFar, int process) {
+    return runOnTerminal(dir.path(), words, environment, [&](const std::string& soFar, int process) {
         if (!isStopped && isAwaited(soFar)) {
             isStopped = true;
             ::kill(process, SIGINT);
@@ -326,6 +336,34 @@ TEST(Command, tellsOnceAndOnALineOfItsOwnThatItWasInterrupted)
     ASSERT_NE(place, std::string::npos) << run.out;
     EXPECT_TRUE(contains(run.out.substr(place), "many.hdf: cancelled after ")) << run.out;
     EXPECT_EQ(run.out.find("cancelled"), run.out.rfind("cancelled")) << run.out;
+}
+
+TEST(Command, leavesNothingWhenNobodyReadsOn)
+{
+    const TempDir dir;
+    const TempDir scratch;
+    writeLong(dir);
+    const std::string script = "cd " + dir.path() + " && { TMPDIR=" + scratch.path() +
+                               " " HWDEF_COMMAND
+                               " cat long.hdf long.bit 2>error; echo $? >code; } | head -c 1";
+    EXPECT_EQ(std::system((script + " >/dev/null").c_str()), 0);
+    EXPECT_EQ(support::readFile(dir / "code"), std::to_string(128 + SIGPIPE) + "\n");
+    EXPECT_EQ(support::readFile(dir / "error"), "");
+    EXPECT_EQ(scratch.list(), "");
+}
+
+TEST(Command, endsCatByASignalWithoutATrace)
+{
+    const TempDir dir;
+    const TempDir scratch;
+    writeLong(dir);
+    const CommandRun run =
+        interrupted(dir, {"cat", "long.hdf", "long.bit"},
+                    [](const std::string& soFar) { return !soFar.empty(); }, {"TMPDIR=" + scratch.path()});
+    EXPECT_EQ(run.exitCode, 128 + SIGINT);
+    EXPECT_LT(run.out.size(), longBytes);
+    EXPECT_FALSE(contains(run.out, "hwdef"));
+    EXPECT_EQ(scratch.list(), "");
 }
 
 TEST(Command, showsNoProgressOfShortWork)

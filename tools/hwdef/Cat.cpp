@@ -4,6 +4,7 @@
 
 #include "CommandError.h"
 #include "Container.h"
+#include "ProgressLine.h"
 #include "Text.h"
 #include "Verb.h"
 #include "platform/Limits.h"
@@ -33,7 +34,6 @@ public:
     }
 
     ExitCode run(Output& output) override;
-    bool isCancelled() const override { return false; }  // it writes no file
 
 private:
     std::string member_;
@@ -57,6 +57,9 @@ void read(const std::string& member, const std::string& file, Take take)
     iostreams::device::file_source source(member, file);
     std::array<char, 64 * 1024> buffer;
     for (std::streamsize count = 0; (count = source.read(buffer.data(), buffer.size())) >= 0;) {
+        if (ProgressLine::signal() != 0) {
+            throw CommandError("interrupted");
+        }
         take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
     }
 }

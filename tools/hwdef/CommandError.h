@@ -7,3 +7,9 @@ class CommandError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+/// Nobody reads what is written: the work ends without a word.
+class ClosedPipe : public CommandError {
+public:
+    using CommandError::CommandError;
+};

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "CommandError.h"
+#include "ProgressLine.h"
 
 namespace {
 
@@ -29,6 +30,12 @@ void writeToStream(int stream, std::string_view bytes)
 {
     while (!bytes.empty()) {
         const ssize_t count = ::write(stream, bytes.data(), bytes.size());
+        if (count < 0 && errno == EPIPE) {
+            throw ClosedPipe("nobody reads standard output");
+        }
+        if (count < 0 && errno == EINTR && ProgressLine::signal() != 0) {
+            throw CommandError("interrupted");
+        }
         if (count < 0 && errno != EINTR) {
             throw CommandError(std::string("standard output can't be written to: ") + std::strerror(errno));
         }

@@ -39,7 +39,8 @@ private:
     std::string text_;
 };
 
-/// Writes to a stream of the process (1 or 2) at once; throws CommandError when that fails.
+/// Writes to a stream of the process (1 or 2) at once; throws CommandError when that fails or a signal that
+/// came interrupts it, ClosedPipe when nobody reads.
 void writeToStream(int stream, std::string_view bytes);
 /// Whether a stream of the process is to have colours.
 bool isColoured(int stream, Colours colours);

@@ -41,8 +41,6 @@ public:
     virtual void define(Arguments& arguments) = 0;
     /// Does the work on the values that were parsed. Throws CommandError for what can't be done.
     virtual ExitCode run(Output& output) = 0;
-    /// Whether a signal ends it by cancelling what the library does, not at once.
-    virtual bool isCancelled() const { return true; }
 
 private:
     int rank_;

@@ -1,7 +1,7 @@
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <new>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,10 +37,7 @@ int runVerb(Verb& verb, std::vector<std::string> words)
     Output output(verb.text().name, settings.json, coloursOf(settings));
     int code = 0;
     {
-        std::optional<ProgressLine> progress;
-        if (verb.isCancelled()) {
-            progress.emplace(settings.quiet);
-        }
+        const ProgressLine progress(settings.quiet);
         code = static_cast<int>(verb.run(output));
     }
     if (ProgressLine::signal() == 0) {
@@ -78,6 +75,8 @@ int runReported(std::vector<std::string> words)
         return runWords(std::move(words));
     } catch (const std::bad_alloc&) {
         tellError("there is not enough memory");
+    } catch (const ClosedPipe&) {
+        return 128 + SIGPIPE;  // nobody reads any more
     } catch (const CommandError& error) {
         // What fails because the user stopped it was told of, and needs no other reason.
         if (ProgressLine::signal() == 0) {
@@ -93,6 +92,8 @@ int runReported(std::vector<std::string> words)
 
 int main(int argc, char** argv)
 {
+    // A process that a closed pipe ends would leave its scratch directory.
+    std::signal(SIGPIPE, SIG_IGN);
     const int code = runReported({argv + std::min(argc, 1), argv + argc});
     // As a shell tells of a process that a signal ended; dying of it would leave the scratch directory.
     return ProgressLine::signal() == 0 ? code : 128 + ProgressLine::signal();
