@@ -2,7 +2,9 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME hwdef)
 set(CPACK_PACKAGE_VENDOR "the hwdef developers")
-set(CPACK_PACKAGE_CONTACT "the hwdef developers <hwdef@localhost>")
+# Policy wants an address that could be one; names below .example are nobody's, until the project has its own.
+set(HWDEF_PACKAGE_CONTACT "the hwdef developers <hwdef@hwdef.example>" CACHE STRING "Maintainer of the packages")
+set(CPACK_PACKAGE_CONTACT ${HWDEF_PACKAGE_CONTACT})
 # CPack's own default, which it doesn't put in front of what each package says of itself.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 set(CPACK_STRIP_FILES ON)
