@@ -31,7 +31,11 @@ if(TARGET hwdef_command)
     set_property(TARGET hwdef_command PROPERTY INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   endif()
   install(TARGETS hwdef_command RUNTIME COMPONENT command)
-  install(DIRECTORY ${PROJECT_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-    COMPONENT command OPTIONAL FILES_MATCHING PATTERN "*.1")
-  include(cmake/Completions.cmake)
+  install(DIRECTORY ${CMAKE_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT command FILES_MATCHING PATTERN "*.1")
+  # The completions, under the names by which the shells look for them.
+  install(FILES tools/completions/hwdef.bash RENAME hwdef
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT command)
+  install(FILES tools/completions/_hwdef
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT command)
 endif()
