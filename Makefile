@@ -89,9 +89,9 @@ docs: ## Make the HTML manual of the public headers; fails on a warning
 pages: configure ## Write anew what the pages take from the code
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target pages
 
-lint: configure ## Judge the sources by .clang-tidy
+lint: configure ## Judge the sources by .clang-tidy (LINT="hwdef tools" takes a part)
 	@sh packaging/install-packages.sh packaging/lint-packages.txt
-	@sh packaging/lint.sh $(BUILD) $(JOBS)
+	@sh packaging/lint.sh $(BUILD) $(JOBS) $(LINT)
 
 format: ## Write the sources as clang-format wants them
 	@$(SOURCES) | xargs clang-format -i
