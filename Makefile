@@ -68,6 +68,7 @@ debug: ## Build all without optimisation
 
 install: build ## Install library, headers and command below PREFIX=/usr/local (DESTDIR= for packagers)
 	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --prefix $(PREFIX)
+	@[ -n "$(DESTDIR)" ] || [ "$$(id -u)" -ne 0 ] || ldconfig  # else no program would find the library
 
 deb: packages ## Build the Debian packages into build/deb/debs
 	-@sh packaging/install-packages.sh packaging/deb-packages.txt
