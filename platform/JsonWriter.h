@@ -39,6 +39,7 @@ public:
     void add(std::string_view key, double number);
     void add(std::string_view key, bool value);
     /// @}
+    /// Adds a key without a value.
     void addNull(std::string_view key);
     /// Adds a value that is JSON already, as it is.
     void addRaw(std::string_view key, std::string_view json);

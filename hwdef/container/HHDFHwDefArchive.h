@@ -30,7 +30,7 @@ public:
 
     /// A member that could not be extracted.
     struct Failure {
-        std::string name;
+        std::string name;    ///< bytes as stored
         std::string reason;  ///< the text that extract() throws
     };
 
