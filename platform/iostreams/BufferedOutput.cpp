@@ -139,7 +139,7 @@ void BufferedOutput::hold()
 std::string BufferedOutput::digest(std::uint64_t sizeBytes)
 {
     assert(!held_ && sizeBytes <= position());
-    if (!digest_ || digested_ > sizeBytes) {
+    if (!digest_ || held_ || digested_ > sizeBytes) {
         digest_.reset();
         flush();
         return platform::ArchiveDigest::ofFile(file_, sizeBytes);

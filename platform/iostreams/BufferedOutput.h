@@ -31,7 +31,7 @@ public:
     std::uint64_t position() const { return flushed_ + used_; }
 
     void write(std::string_view bytes);
-    /// Copies from another file, inside the kernel where that is possible.
+    /// Copies from another file, without a digest inside the kernel where that is possible.
     void copyFrom(const platform::File& from, std::uint64_t sizeBytes, std::uint64_t offset);
     /// Replaces bytes that were written before.
     void overwrite(std::uint64_t position, std::string_view bytes);
