@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "platform/iostreams/StreamPlace.h"
+
 namespace iostreams::zip {
 
 namespace {
@@ -18,12 +20,13 @@ constexpr std::size_t outputBytes = 64 * 1024;
 /// The stream's state with the two buffers it works on.
 class Deflater::Impl {
 public:
-    isal_zstream stream;
+    StreamPlace place;
+    isal_zstream& stream = place.stream();
     std::array<std::uint8_t, ISAL_DEF_LVL1_DEFAULT> levelBuffer;
     std::array<std::uint8_t, outputBytes> output;
 };
 
-Deflater::Deflater() : impl_(new Impl)  // 0.4 MiB, which isal_deflate_init sets as far as need be
+Deflater::Deflater() : impl_(new Impl)  // 0.4 MiB of buffers, which need no value
 {
     isal_deflate_init(&impl_->stream);
     impl_->stream.level = 1;

@@ -5,9 +5,11 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/iostreams/StreamPlace.h"
 #include "support/MeasuredChild.h"
 #include "support/TempDir.h"
 
@@ -115,4 +117,37 @@ TEST(Deflater, triesWithoutKeepingTheResult)
     EXPECT_EQ(deflater.trialSize(text, text.size()), size);
     EXPECT_EQ(deflater.trialSize(text, 100), 100U);
     EXPECT_EQ(deflated(deflater, text, text.size()).size(), size);
+}
+
+TEST(Deflater, givesTheSameBytesWhereverItLies)
+{
+    // Each repeats its first bytes, whose match is the first to go.
+    std::vector<std::string> texts = {"void gpio(void) {}\n", "int uart(int) {}\nint spi(int) {}\n"};
+    texts.push_back("drivers/" + support::textBytes(300, 1) + "drivers/");
+    texts.push_back("#include " + support::textBytes(9000, 2) + "#include ");
+    std::vector<std::unique_ptr<Deflater>> deflaters;
+    std::vector<std::string> first;
+    for (int count = 0; count < 500; ++count) {
+        deflaters.push_back(std::make_unique<Deflater>());
+        std::vector<std::string> packed;
+        for (const auto& text : texts) {
+            packed.push_back(deflated(*deflaters.back(), text, text.size()));
+        }
+        if (first.empty()) {
+            first = packed;
+        }
+        ASSERT_EQ(packed, first) << "deflater " << count;
+    }
+}
+
+TEST(Deflater, worksWhereverItLies)
+{
+    // More at a time than there are places for.
+    std::vector<std::unique_ptr<iostreams::zip::StreamPlace>> places;
+    for (int count = 0; count < 1100; ++count) {
+        places.push_back(std::make_unique<iostreams::zip::StreamPlace>());
+    }
+    Deflater deflater;
+    const std::string text = support::textBytes(10000, 1);
+    EXPECT_EQ(inflated(deflated(deflater, text, text.size()), text.size()), text);
 }
