@@ -1,7 +1,9 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <map>
 #include <unordered_map>
+#include <utility>
 
 #include "hwdef/container/MemberEntry.h"
 #include "hwdef/container/Sha1.h"
@@ -18,6 +20,27 @@ namespace {
 
 constexpr std::size_t bufferBytes = 128 * 1024;
 
+/// A member of one archive reader: its serial number, and where the member's directory record stands.
+using MemberKey = std::pair<std::uint64_t, const char*>;
+
+/// So many bytes are digested in the time that it takes to go through one byte of deflate blocks without
+/// content.
+constexpr std::uint64_t emptyBlockWeight = 256;
+/// Room for a short member's headers of deflate blocks.
+constexpr std::uint64_t blockHeaderBytes = 64;
+
+/// What it takes to digest a member, in bytes with content. Deflate makes none of them longer than nine
+/// bits; what is packed beyond that can only be blocks that hold nothing.
+std::uint64_t costOf(const iostreams::zip::Entry& entry)
+{
+    if (entry.method != iostreams::zip::METHOD_DEFLATED || entry.compressedSize <= entry.size) {
+        return entry.size;
+    }
+    const std::uint64_t mostPacked = entry.size + entry.size / 8 + blockHeaderBytes;
+    const std::uint64_t emptyBytes = entry.compressedSize - std::min(entry.compressedSize, mostPacked);
+    return entry.compressedSize + emptyBlockWeight * emptyBytes;
+}
+
 /// Computes digest texts, one file or member after the other, through one buffer.
 class Digester {
 public:
@@ -28,8 +51,11 @@ public:
     bool digest(const MemberEntry& member, std::string& text)
     {
         const std::string archive = member.archive();
+        if (!archive.empty()) {
+            return digestMember(archive, member, text);
+        }
         sha1_.reset();
-        if (!(archive.empty() ? addFile(member.diskPath()) : addMember(archive, member))) {
+        if (!addFile(member.diskPath())) {
             return false;
         }
         text = sha1_.finish();
@@ -51,24 +77,50 @@ public:
 private:
     /// A member that isn't there counts as empty, and so does one that can't be read to its end, whose
     /// reason is sent. False, with the reason sent, for one beyond the limit.
-    bool addMember(const std::string& archive, const MemberEntry& member)
+    bool digestMember(const std::string& archive, const MemberEntry& member, std::string& text)
     {
         std::string reason;
         const iostreams::zip::ArchiveReader* reader = archives_.open(archive, reason);
         const iostreams::zip::Entry* entry = reader == nullptr ? nullptr : findMember(*reader, member);
-        const bool isAllowed = entry == nullptr || mayDigest(*reader, *entry);
-        if (!isAllowed) {
-            keptLimit_ = false;
-            reason = reader->path() + ": member \"" + member.name() + "\" has " +
-                     std::to_string(entry->size) + " bytes, with which more are digested than the " +
-                     std::to_string(mostBytes(*reader)) + " allowed";
-        } else if (entry != nullptr) {
-            reason = addContent(*reader, *entry);
+        if (entry != nullptr) {
+            return digestEntry(*reader, *entry, text);
         }
+        send(reason);
+        sha1_.reset();
+        text = sha1_.finish();
+        return true;
+    }
+
+    /// A member that is listed once more costs nothing more.
+    bool digestEntry(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry,
+                     std::string& text)
+    {
+        const MemberKey key = {reader.serial(), entry.record.data()};
+        const auto known = memberDigests_.find(key);
+        if (known != memberDigests_.end()) {
+            text = known->second;
+            platform::ProgressWork::advance(entry.name, entry.size);
+            return true;
+        }
+        if (!mayDigest(reader, entry)) {
+            keptLimit_ = false;
+            send(reader.path() + ": member \"" + std::string(entry.name) + "\" has " +
+                 std::to_string(entry.size) + " bytes, with which more are digested than the " +
+                 std::to_string(mostBytes(reader)) + " allowed");
+            return false;
+        }
+        sha1_.reset();
+        send(addContent(reader, entry));
+        text = sha1_.finish();
+        memberDigests_.emplace(key, text);
+        return true;
+    }
+
+    static void send(const std::string& reason)
+    {
         if (!reason.empty()) {
             ComMsgMgr::sendMessage(reason, false);
         }
-        return isAllowed;
     }
 
     /// The reason when it can't be read, after which nothing counts as added.
@@ -86,13 +138,12 @@ private:
         }
     }
 
-    /// A small container may unpack to any number of bytes, and list a member any number of times.
+    /// A small container may unpack to any number of bytes.
     bool mayDigest(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
     {
         const std::uint64_t most = mostBytes(reader);
         std::uint64_t& digested = digestedBytes_[reader.path()];
-        // What is packed may be the longer one: deflate has blocks that hold nothing.
-        const std::uint64_t cost = std::max(entry.size, entry.compressedSize);
+        const std::uint64_t cost = costOf(entry);
         if (digested > most || cost > most - digested) {
             return false;
         }
@@ -121,6 +172,7 @@ private:
     }
 
     std::unordered_map<std::string, std::uint64_t> digestedBytes_;  // by archive
+    std::map<MemberKey, std::string> memberDigests_;
     bool keptLimit_ = true;
     SourceArchives archives_;
     Sha1 sha1_;

@@ -49,6 +49,23 @@ std::string repeated(const std::string& unit, std::size_t sizeBytes)
     return bytes;
 }
 
+/// A container whose member `name` has one byte, "x", behind so many bytes (rounded to five) of deflate
+/// blocks without content; and its BOM, if that is another member.
+void writeEmptyBlocks(const TempDir& dir, const std::string& name, std::size_t packedBytes,
+                      const std::string& bom)
+{
+    ZipBuilder zip;
+    if (!bom.empty()) {
+        zip.addDeflated("hwdef.xml", bom);
+    }
+    support::ZipMember& member = zip.addDeflated(name, "x");
+    // Four blocks of the fixed code, each of three bits and the seven of its end.
+    member.data.insert(0, repeated(std::string("\x02\x08\x20\x80\x00", 5), packedBytes));
+    member.local.compressedSize = static_cast<std::uint32_t>(member.data.size());
+    member.listed.compressedSize = member.local.compressedSize;
+    zip.write(dir / "design.hdf");
+}
+
 /// A container of one member of zeros, and a BOM of minor version 2 that lists it `times` times.
 void writeDigestBomb(const TempDir& dir, std::size_t sizeBytes, std::size_t times)
 {
@@ -146,6 +163,23 @@ TEST(ArchiveBomb, isNotDigestedWithoutEnd)
     writeDigestBomb(dir, std::size_t{1} << 30U, 1000);
     EXPECT_FALSE(opens(dir));
     writeDigestBomb(dir, 1, 400'000);
+    EXPECT_FALSE(opens(dir));
+}
+
+TEST(ArchiveBomb, isNotDigestedWhenItsDataHoldsNothing)
+{
+    const TempDir dir;
+    writeEmptyBlocks(dir, "a", 58'000'000,
+                     bomDocument("Version=\"1\" Minor=\"2\" DIGEST=\"1\"", "<File Name=\"a\"/>"));
+    EXPECT_FALSE(opens(dir));
+}
+
+TEST(ArchiveBomb, isDigestedOnceHoweverOftenItIsListed)
+{
+    const TempDir dir;
+    writeEmptyBlocks(
+        dir, "a", 1'000'000,
+        bomDocument("Version=\"1\" Minor=\"2\" DIGEST=\"1\"", repeated("<File Name=\"a\"/>", 16 * 4000)));
     EXPECT_FALSE(opens(dir));
 }
 
