@@ -69,15 +69,16 @@ bool climbsOut(std::string_view name)
     return false;
 }
 
-/// Whether `name`, behind `dir` and a separator, leads out of `dir`, by what it says or by the links on
-/// its way.
-bool leaves(const std::string& name, const std::string& dir)
+/// Whether something is at `path`, links followed; says that nothing is. One status call: what a document
+/// names is mostly not there, and resolving a path takes far longer.
+bool existsOrSay(const std::string& path)
 {
-    if (climbsOut(name)) {
+    boost::system::error_code error;
+    if (fs::exists(fs::status(path, error))) {
         return true;
     }
-    const Resolved target = resolved(dir + "/" + name);
-    return !target.empty() && !liesIn(target, resolved(dir + "/"));
+    ComMsgMgr::sendMsg("hdf", "@64-5@%s", 1, ComMsgMgr::FAILURE, path.c_str());
+    return false;
 }
 
 void say(const HHDFHwDef& def, const std::string& name, const std::string& what)
@@ -110,33 +111,38 @@ bool HHDFHwDefBomReader::populateDriverSource(const std::string& name)
 {
     const std::string unzipDir = def_->getUnzipDir();
     // Without an unzip directory there is nothing to leave: the caller stands for the names.
-    if (!unzipDir.empty() && leaves(name, unzipDir)) {
+    const bool isConfined = !unzipDir.empty();
+    if (isConfined && climbsOut(name)) {
         refuse(*def_, name, unzipDir);
         return false;
     }
     const std::string path = unzipDir + "/" + name;
-    const std::string place = resolved(path).native();
-    if (walkedSources_.contains(place)) {
+    if (!existsOrSay(path)) {
+        return false;
+    }
+    const Resolved place = resolved(path);
+    if (isConfined && !place.empty() && !liesIn(place, resolved(unzipDir + "/"))) {
+        refuse(*def_, name, unzipDir);
+        return false;
+    }
+    if (walkedSources_.contains(place.native())) {
         def_->setDriversTopDir(path);  // what a second walk would change
         return true;
     }
-    if (!populateDriverFiles(path)) {
+    if (!walkDriverFiles(path)) {
         return false;
     }
-    walkedSources_.insert(place);
+    walkedSources_.insert(place.native());
     return true;
 }
 
 bool HHDFHwDefBomReader::populateDriverFiles(const std::string& path)
 {
-    if (path.empty()) {
-        return false;
-    }
-    boost::system::error_code error;
-    if (!fs::exists(fs::status(path, error))) {
-        ComMsgMgr::sendMsg("hdf", "@64-5@%s", 1, ComMsgMgr::FAILURE, path.c_str());
-        return false;
-    }
+    return !path.empty() && existsOrSay(path) && walkDriverFiles(path);
+}
+
+bool HHDFHwDefBomReader::walkDriverFiles(const std::string& path)
+{
     def_->setDriversTopDir(path);
     try {
         registerDriverFiles(path);

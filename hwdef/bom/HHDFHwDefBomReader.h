@@ -106,7 +106,9 @@ private:
                               const HXMLWElement* element);
     /// A File of the type DRIVER_SRC; see populateFiles.
     HWDEF_LOCAL bool populateDriverSource(const std::string& name);
-    /// The walk of populateDriverFiles; throws boost::filesystem::filesystem_error.
+    /// populateDriverFiles behind its look whether anything is there.
+    HWDEF_LOCAL bool walkDriverFiles(const std::string& path);
+    /// The walk itself; throws boost::filesystem::filesystem_error.
     HWDEF_LOCAL void registerDriverFiles(const std::string& path);
 
     HHDFHwDef* def_;

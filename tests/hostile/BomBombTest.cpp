@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/filesystem/operations.hpp>
 #include <cstdio>
 #include <memory>
 #include <ostream>
@@ -155,6 +156,13 @@ void writeBomb(const Bomb& bomb, const std::string& path)
     flush(0);
 }
 
+/// A container of the BOM alone.
+void writeContainer(const Bomb& bomb, const TempDir& dir)
+{
+    writeBomb(bomb, dir / "hwdef.xml");
+    ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "hwdef.xml", "hwdef.xml", dir / "design.hdf"));
+}
+
 class BomBomb : public testing::TestWithParam<Bomb> {};
 
 }  // namespace
@@ -162,8 +170,7 @@ class BomBomb : public testing::TestWithParam<Bomb> {};
 TEST_P(BomBomb, isOpenedOrRefusedWithinItsLimits)
 {
     const TempDir dir;
-    writeBomb(GetParam(), dir / "hwdef.xml");
-    ASSERT_TRUE(HHDFHwDefUtils::writeFileToHDF(dir / "hwdef.xml", "hwdef.xml", dir / "design.hdf"));
+    ASSERT_NO_FATAL_FAILURE(writeContainer(GetParam(), dir));
 
     const Measured measured = support::measureInChild(dir.path(), mostAddressBytes, [&] {
         // What a message holds is the listener's memory, not the opening's.
@@ -204,6 +211,27 @@ TEST(LongNames, looksALongNameUpOnceAndNotForEachChild)
         });
         EXPECT_EQ(measured.exitCode, 7) << bomb.name;
         EXPECT_LT(measured.cpuSeconds, mostSeconds) << bomb.name;
+    }
+}
+
+TEST(LongNames, areNotResolvedWhereNothingIs)
+{
+    std::string unit = "<File Type='DRIVER_SRC' Name='";
+    for (int component = 0; component < 1'900; ++component) {
+        unit += "./";
+    }
+    unit += "#'/>";
+    const TempDir dir;
+    ASSERT_NO_FATAL_FAILURE(writeContainer(
+        {"sources", "<Project Version='1' Minor='0'>", unit.c_str(), noRoot, 24'000, true}, dir));
+    const Measured measured = support::measureInChild(dir.path(), mostAddressBytes, [&] {
+        ComMsgMgr::setHandler([](const ComMsg&) {});
+        return HHDFHwDefUtils::getHDF(dir / "design.hdf") != nullptr ? 7 : 1;
+    });
+    EXPECT_EQ(measured.exitCode, 7) << "signal " << measured.signal;
+    if (!support::isSanitized()) {
+        EXPECT_LT(measured.peakBytes, mostBytes);
+        EXPECT_LT(measured.cpuSeconds, mostSeconds / 2);
     }
 }
 
