@@ -21,10 +21,17 @@ std::string cantLookAt(const fs::path& path, const std::error_code& error)
     return platform::FileError(path.string(), "read the status", error.value()).what();
 }
 
+/// No member has a longer name (APPNOTE 4.4.10). A path object of one takes fifty times its text.
+constexpr std::size_t longestNameBytes = 65535;
+
 std::string lexicalObjection(const std::string& name)
 {
     if (name.empty()) {
         return "the name is empty";
+    }
+    if (name.size() > longestNameBytes) {
+        return "the name has " + std::to_string(name.size()) + " bytes, allowed are " +
+               std::to_string(longestNameBytes);
     }
     if (name.find('\0') != std::string::npos) {
         return "the name holds a null character";

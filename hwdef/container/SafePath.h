@@ -8,9 +8,10 @@ public:
     /// `dir` may be a link; it need not exist.
     explicit SafePath(const std::string& dir);
 
-    /// Why a file must not be written under `name`: it is empty or absolute, climbs by "..", holds a
-    /// null character, ends in a separator, or passes through (or is) a link that leaves the
-    /// directory or leads nowhere; or what stands there can't be looked at. Empty when the name is safe.
+    /// Why a file must not be written under `name`: it is empty or absolute, has more than 65,535 bytes,
+    /// climbs by "..", holds a null character, ends in a separator, or passes through (or is) a link that
+    /// leaves the directory or leads nowhere; or what stands there can't be looked at. Empty when the
+    /// name is safe.
     /// One status call per component.
     std::string objection(const std::string& name) const;
 

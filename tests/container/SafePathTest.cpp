@@ -55,6 +55,12 @@ TEST_F(SafePathTest, refusesNamesThatNoFileCanHave)
     EXPECT_EQ(objection(std::string("a\0b", 3)), "the name holds a null character");
 }
 
+TEST_F(SafePathTest, refusesNamesThatNoMemberCanHave)
+{
+    EXPECT_EQ(objection(std::string(65'536, 'a')), "the name has 65536 bytes, allowed are 65535");
+    EXPECT_EQ(SafePath(dir_ / "missing").objection(std::string(65'535, 'a')), "");
+}
+
 TEST_F(SafePathTest, refusesToPassThroughALinkThatLeaves)
 {
     link("absolute", dir_ / "secret");

@@ -214,6 +214,31 @@ TEST(LongNames, looksALongNameUpOnceAndNotForEachChild)
     }
 }
 
+TEST(LongNames, areNotUnpacked)
+{
+    const TempDir dir;
+    const Bomb bomb = {"path",     "<Project Version='1' Minor='2'><DRIVERS><a><a PATH='drivers",
+                       "/x",       "'/></a></DRIVERS></Project>",
+                       25'000'000, true};
+    ASSERT_NO_FATAL_FAILURE(writeContainer(bomb, dir));
+    boost::filesystem::create_directory(dir / "out");
+    const Measured measured = support::measureInChild(dir.path(), mostAddressBytes, [&] {
+        int refusals = 0;
+        ComMsgMgr::setHandler([&](const ComMsg& message) {
+            refusals += message.text.ends_with("bytes, allowed are 65535") ? 1 : 0;
+            refusals += message.text.ends_with("the container has no such member") ? 1 : 0;
+        });
+        const auto def = HHDFHwDefUtils::getHDF(dir / "design.hdf");
+        const bool done = def != nullptr && def->unzipDrivers(dir / "out") && def->write(dir / "out");
+        return done && refusals == 2 ? 7 : 1;
+    });
+    EXPECT_EQ(measured.exitCode, 7) << "signal " << measured.signal;
+    if (!support::isSanitized()) {
+        EXPECT_LT(measured.peakBytes, mostBytes);
+        EXPECT_LT(measured.cpuSeconds, mostSeconds);
+    }
+}
+
 TEST(LongNames, areNotResolvedWhereNothingIs)
 {
     std::string unit = "<File Type='DRIVER_SRC' Name='";
