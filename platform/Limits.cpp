@@ -10,6 +10,12 @@ std::uint64_t maxMemberInMemory()
                                                                DEFAULT_MAX_MEMBER_IN_MEMORY);
 }
 
+std::uint64_t maxPackedInMemory()
+{
+    return HPAParamMgr::getParamMgr()->getValueIfExistAsNumber(MAX_PACKED_IN_MEMORY,
+                                                               DEFAULT_MAX_PACKED_IN_MEMORY);
+}
+
 std::uint64_t maxDocumentMemory()
 {
     return HPAParamMgr::getParamMgr()->getValueIfExistAsNumber(MAX_DOCUMENT_MEMORY,

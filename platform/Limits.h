@@ -19,6 +19,14 @@ constexpr std::uint64_t DEFAULT_MAX_MEMBER_IN_MEMORY = std::uint64_t{256} << 20;
 HWDEF_API std::uint64_t maxMemberInMemory();
 /// @}
 
+/// Largest packed form, in bytes, of a deflated BOM; a bound to time, not to memory: deflate has blocks
+/// that hold nothing, and each takes as long as thousands of characters.
+/// @{
+constexpr const char* MAX_PACKED_IN_MEMORY = "hwdef.maxPackedInMemory";
+constexpr std::uint64_t DEFAULT_MAX_PACKED_IN_MEMORY = std::uint64_t{16} << 20;
+HWDEF_API std::uint64_t maxPackedInMemory();
+/// @}
+
 /// Most memory, in bytes, that a document out of a container (the BOM, a software-parameter member) may
 /// unfold to, with the definition that is made of it.
 /// @{

@@ -14,6 +14,7 @@
 #include "platform/HXMLWInterface.h"
 #include "platform/Limits.h"
 #include "platform/iostreams/ArchiveReader.h"
+#include "platform/iostreams/ZipException.h"
 
 using iostreams::zip::ArchiveReader;
 using iostreams::zip::Entry;
@@ -50,6 +51,12 @@ std::unique_ptr<ArchiveReader> openArchive(const std::string& path)
 std::string readBom(const ArchiveReader& archive, const Entry& entry)
 {
     try {
+        const std::uint64_t mostPacked = platform::limits::maxPackedInMemory();
+        if (entry.method == iostreams::zip::METHOD_DEFLATED && entry.compressedSize > mostPacked) {
+            throw iostreams::zip::memberError(archive.path(), entry.name,
+                                              "has " + std::to_string(entry.compressedSize) +
+                                                  " packed bytes, allowed are " + std::to_string(mostPacked));
+        }
         return archive.read(entry, platform::limits::maxMemberInMemory());
     } catch (const iostreams::device::detail::zip_exception& error) {
         ComMsgMgr::sendMessage(error.what(), false);

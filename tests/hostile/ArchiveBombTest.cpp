@@ -183,6 +183,15 @@ TEST(ArchiveBomb, isDigestedOnceHoweverOftenItIsListed)
     EXPECT_FALSE(opens(dir));
 }
 
+TEST(ArchiveBomb, isRefusedWhenItsBomHoldsNothing)
+{
+    const TempDir dir;
+    for (const std::size_t packedBytes : {16'000'000U, 58'000'000U}) {
+        writeEmptyBlocks(dir, "hwdef.xml", packedBytes, "");
+        EXPECT_FALSE(opens(dir));
+    }
+}
+
 TEST(ArchiveBomb, isNoDocumentType)
 {
     const TempDir dir;

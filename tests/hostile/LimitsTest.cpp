@@ -50,6 +50,7 @@ std::string parametersOf(const std::string& container)
 TEST(Limits, allowAQuarterOfAGibibyteForAMemberByDefault)
 {
     EXPECT_EQ(limits::maxMemberInMemory(), 268'435'456U);
+    EXPECT_EQ(limits::maxPackedInMemory(), 16'777'216U);
     EXPECT_EQ(limits::maxDocumentMemory(), 503'316'480U);
     EXPECT_EQ(limits::maxDigested(), 4'294'967'296U);
 }
@@ -67,6 +68,27 @@ TEST(Limits, refuseABomThatIsOneByteTooLarge)
     EXPECT_EQ(messages.joined(), "text: " + dir / "large.hdf" +
                                      ": member \"hwdef.xml\": has 1048577 bytes, allowed are 1048576\n"
                                      "hdf @64-11@%s 20000000 [hwdef.xml]\n");
+}
+
+TEST(Limits, refuseADeflatedBomWhosePackedFormIsOneByteTooLarge)
+{
+    const TempDir dir;
+    ZipBuilder zip;
+    const std::size_t packed = zip.addDeflated("hwdef.xml", bomOf(1000)).data.size();
+    zip.write(dir / "design.hdf");
+    support::writeArchive(dir / "stored.hdf", {{"hwdef.xml", bomOf(1000)}});
+    {
+        const Parameter limit("hwdef.maxPackedInMemory", std::to_string(packed));
+        EXPECT_TRUE(opens(dir / "design.hdf"));
+    }
+    const Parameter limit("hwdef.maxPackedInMemory", std::to_string(packed - 1));
+    const Messages messages;
+
+    EXPECT_TRUE(opens(dir / "stored.hdf"));
+    EXPECT_FALSE(opens(dir / "design.hdf"));
+    EXPECT_EQ(messages.joined(), "text: " + dir / "design.hdf" + ": member \"hwdef.xml\": has " +
+                                     std::to_string(packed) + " packed bytes, allowed are " +
+                                     std::to_string(packed - 1) + "\nhdf @64-11@%s 20000000 [hwdef.xml]\n");
 }
 
 TEST(Limits, refuseABomOfMoreThanAQuarterOfAGibibyteUnlessTheyAreRaised)
