@@ -29,11 +29,17 @@ struct Inflater::State : inflate_state {};
 
 Inflater::Inflater() : state_(new State)  // 90 KiB, which isal_inflate_init sets as far as need be
 {
-    isal_inflate_init(state_.get());
-    state_->crc_flag = ISAL_DEFLATE;
+    restart();
 }
 
 Inflater::~Inflater() = default;
+
+void Inflater::restart()
+{
+    isal_inflate_init(state_.get());
+    state_->crc_flag = ISAL_DEFLATE;
+    damage_ = nullptr;
+}
 
 void Inflater::feed(std::string_view input)
 {

@@ -14,6 +14,8 @@ public:
     Inflater(const Inflater&) = delete;
     Inflater& operator=(const Inflater&) = delete;
 
+    /// Begins a new stream, in place of the one before, whatever became of that.
+    void restart();
     /// The packed bytes to go on with; only when needsInput(). They must stay until they are used.
     void feed(std::string_view input);
     bool needsInput() const;

@@ -16,13 +16,13 @@ constexpr std::size_t extraRoom = 64;
 
 }  // namespace
 
-MemberInput::MemberInput(const ArchiveReader& archive, const Entry& entry)
-    : archive_(archive),
-      entry_(entry),
-      limit_(archive.dataLimit(entry)),
-      position_(entry.headerOffset),
-      left_(entry.compressedSize)
+void MemberInput::open(const ArchiveReader& archive, const Entry& entry)
 {
+    archive_ = &archive;
+    entry_ = &entry;
+    limit_ = archive.dataLimit(entry);
+    position_ = entry.headerOffset;
+    left_ = entry.compressedSize;
     const std::uint64_t whole =
         LOCAL_HEADER_BYTES + entry.name.size() + extraRoom + entry.compressedSize + LONGEST_DESCRIPTOR_BYTES;
     load(static_cast<std::size_t>(std::min<std::uint64_t>(whole, bufferBytes)));
@@ -40,7 +40,7 @@ void MemberInput::readHeader()
     if (length > unread_.size()) {
         load(length);
     }
-    take(checkLocalHeader(unread_, entry_, archive_.path()));
+    take(checkLocalHeader(unread_, *entry_, archive_->path()));
 }
 
 std::string_view MemberInput::next()
@@ -99,9 +99,9 @@ void MemberInput::load(std::size_t size)
 
 void MemberInput::readFile(char* buffer, std::size_t size, std::uint64_t offset) const
 {
-    const std::size_t got = archive_.file().readAt(buffer, size, offset);
+    const std::size_t got = archive_->file().readAt(buffer, size, offset);
     if (got < size) {
-        throw memberError(archive_.path(), entry_.name, endsEarly(got, size, offset));
+        throw memberError(archive_->path(), entry_->name, endsEarly(got, size, offset));
     }
 }
 

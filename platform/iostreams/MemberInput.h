@@ -9,14 +9,14 @@
 
 namespace iostreams::zip {
 
-/// The bytes of one member as they are stored, through one buffer; a small member is read with one
-/// call. The archive must outlive it. What the file lacks throws zip_exception, what the system
-/// refuses FileError.
+/// The bytes of one member after the other as they are stored, through one buffer; a small member is
+/// read with one call. What the file lacks throws zip_exception, what the system refuses FileError.
 class MemberInput {
 public:
-    /// Reads the local header and holds it against the entry; checks that the data ends before the
-    /// next member.
-    MemberInput(const ArchiveReader& archive, const Entry& entry);
+    /// Begins a new member, in place of the one before; must come before all else, and again when it
+    /// has thrown. Reads the local header and holds it against the entry; checks that the data ends
+    /// before the next member. Archive and entry must stay until the next one is opened.
+    void open(const ArchiveReader& archive, const Entry& entry);
 
     /// How many bytes of the data are still to come.
     std::uint64_t left() const { return left_; }
@@ -34,11 +34,11 @@ private:
     void readFile(char* buffer, std::size_t size, std::uint64_t offset) const;
     std::string_view take(std::uint64_t size);
 
-    const ArchiveReader& archive_;
-    const Entry& entry_;
-    const std::uint64_t limit_;  ///< where all of the member must have ended
-    std::uint64_t position_;     ///< in the file, of the first byte that wasn't taken
-    std::uint64_t left_;
+    const ArchiveReader* archive_ = nullptr;
+    const Entry* entry_ = nullptr;
+    std::uint64_t limit_ = 0;     ///< where all of the member must have ended
+    std::uint64_t position_ = 0;  ///< in the file, of the first byte that wasn't taken
+    std::uint64_t left_ = 0;
 
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;

@@ -22,12 +22,16 @@ constexpr std::size_t stepBytes = 64 * 1024;
 
 class MemberReader::Impl {
 public:
-    Impl(const ArchiveReader& archive, const Entry& entry)
-        : archive_(archive.path()), entry_(entry), input_(archive, entry_), left_(entry.size)
+    void open(const ArchiveReader& archive, const Entry& entry)
     {
-        if (entry.method == METHOD_DEFLATED) {
-            inflater_ = std::make_unique<Inflater>();
-        }
+        archive_ = &archive;
+        entry_ = entry;
+        input_.open(archive, entry_);
+        restartInflater();
+        left_ = entry.size;
+        crc_ = 0;
+        checked_ = false;
+        failure_ = nullptr;
     }
 
     std::size_t read(char* buffer, std::size_t size)
@@ -38,7 +42,7 @@ public:
         try {
             return deliver(buffer, size);
         } catch (const platform::FileError& error) {
-            failure_ = std::make_exception_ptr(memberError(archive_, entry_.name, error));
+            failure_ = std::make_exception_ptr(memberError(archive_->path(), entry_.name, error));
         } catch (const zip_exception&) {
             failure_ = std::current_exception();
         }
@@ -46,13 +50,26 @@ public:
     }
 
 private:
+    void restartInflater()
+    {
+        isDeflated_ = entry_.method == METHOD_DEFLATED;
+        if (!isDeflated_) {
+            return;
+        }
+        if (inflater_) {
+            inflater_->restart();
+        } else {
+            inflater_ = std::make_unique<Inflater>();
+        }
+    }
+
     std::size_t deliver(char* buffer, std::size_t size)
     {
         size = static_cast<std::size_t>(std::min<std::uint64_t>(size, left_));
         for (std::size_t done = 0; done < size;) {
             const std::size_t step = std::min(size - done, stepBytes);
             char* begin = buffer + done;
-            const std::size_t got = inflater_ ? inflate(begin, step) : copy(begin, step);
+            const std::size_t got = isDeflated_ ? inflate(begin, step) : copy(begin, step);
             if (got == 0) {
                 throw error("unpacks to " + std::to_string(entry_.size - left_) + " bytes, directory says " +
                             std::to_string(entry_.size));
@@ -98,7 +115,7 @@ private:
 
     void checkEnd()
     {
-        if (inflater_) {
+        if (isDeflated_) {
             checkStreamEnd();
         }
         if (crc_ != entry_.crc) {
@@ -106,7 +123,7 @@ private:
                 error("CRC-32 is " + hex(crc_) + ", directory says " + hex(entry_.crc)).what());
         }
         if ((entry_.flags & FLAG_DESCRIPTOR) != 0) {
-            checkDescriptor(input_.behind(), entry_, archive_);
+            checkDescriptor(input_.behind(), entry_, archive_->path());
         }
     }
 
@@ -127,28 +144,36 @@ private:
 
     zip_exception error(const std::string& reason) const
     {
-        return memberError(archive_, entry_.name, reason);
+        return memberError(archive_->path(), entry_.name, reason);
     }
 
-    const std::string& archive_;
-    const Entry entry_;
+    const ArchiveReader* archive_ = nullptr;
+    Entry entry_;
     MemberInput input_;
-    std::unique_ptr<Inflater> inflater_;
-    std::uint64_t left_;  // bytes still to be delivered
+    bool isDeflated_ = false;
+    std::unique_ptr<Inflater> inflater_;  // once a member needed it
+    std::uint64_t left_ = 0;              // bytes still to be delivered
     std::uint32_t crc_ = 0;
     bool checked_ = false;
     std::exception_ptr failure_;  // a damaged member stays one, however often it is read
 };
 
-MemberReader::MemberReader(const ArchiveReader& archive, const Entry& entry)
-try {
-    checkSupported(entry, archive.path());
-    impl_ = std::make_unique<Impl>(archive, entry);
-} catch (const platform::FileError& error) {
-    throw memberError(archive.path(), entry.name, error);
+MemberReader::MemberReader() : impl_(std::make_unique<Impl>()) {}
+
+MemberReader::MemberReader(const ArchiveReader& archive, const Entry& entry) : MemberReader()
+{
+    open(archive, entry);
 }
 
 MemberReader::~MemberReader() = default;
+
+void MemberReader::open(const ArchiveReader& archive, const Entry& entry)
+try {
+    checkSupported(entry, archive.path());
+    impl_->open(archive, entry);
+} catch (const platform::FileError& error) {
+    throw memberError(archive.path(), entry.name, error);
+}
 
 std::size_t MemberReader::read(char* buffer, std::size_t size)
 {

@@ -7,15 +7,22 @@
 
 namespace iostreams::zip {
 
-/// Streams the content of one member through buffers of fixed size. The archive must outlive it.
+/// Streams the content of one member after the other through buffers of fixed size, which are made for
+/// the first one and serve the others.
 class MemberReader {
 public:
-    /// Reads the local header (APPNOTE 4.3.7) and holds it against the directory. Throws
-    /// zip_exception, also for a method that isn't supported and for encryption.
+    /// Without a member: open() must come before read().
+    MemberReader();
     MemberReader(const ArchiveReader& archive, const Entry& entry);
     ~MemberReader();
     MemberReader(const MemberReader&) = delete;
     MemberReader& operator=(const MemberReader&) = delete;
+
+    /// Begins a new member, in place of the one before, whatever became of that. Reads the local header
+    /// (APPNOTE 4.3.7) and holds it against the directory. Throws zip_exception, also for a method that
+    /// isn't supported and for encryption; only open() may follow then. The archive must stay until
+    /// the next member is opened.
+    void open(const ArchiveReader& archive, const Entry& entry);
 
     /// Fills the buffer as far as the member goes; 0 at the end. The call that delivers the last byte,
     /// or finds none, checks size and CRC-32 first: throws zip_exception when they differ.

@@ -296,6 +296,85 @@ TEST(MemberReader, losesNoBytesWhenItIsReadAgainAfterAFailure)
     EXPECT_THROW(reader.read(buffer.data(), buffer.size()), zip_exception);
 }
 
+TEST(MemberReader, readsOneMemberAfterTheOther)
+{
+    ZipBuilder zip;
+    const std::string noise = support::randomBytes(300000, 3);
+    const std::vector<std::string> contents = {text, noise, "", "short", text + text};
+    for (const std::string& content : contents) {
+        zip.addDeflated("deflated", content);
+        zip.addStored("stored", content);
+    }
+    const OnDisk file(zip);
+    MemberReader reader;
+    std::string buffer(1U << 20U, '\0');
+    for (std::size_t i = 0; i < 2 * contents.size(); ++i) {
+        reader.open(file.archive(), file.archive().entries()[i]);
+        const std::size_t got = reader.read(buffer.data(), buffer.size());
+        EXPECT_TRUE(buffer.substr(0, got) == contents[i / 2]) << i;
+    }
+}
+
+TEST(MemberReader, leavesAMemberBeforeItsEndForAnother)
+{
+    ZipBuilder zip = deflated(text);
+    zip.addDeflated("last", "another stream");
+    const OnDisk file(zip);
+    MemberReader reader;
+    char buffer[64] = {};
+    for (const std::size_t taken : {0U, 1U, 64U}) {
+        reader.open(file.archive(), file.first());
+        EXPECT_EQ(reader.read(buffer, taken), taken);
+        reader.open(file.archive(), file.archive().entries()[2]);
+        EXPECT_EQ(std::string(buffer, reader.read(buffer, sizeof buffer)), "another stream");
+    }
+}
+
+TEST(MemberReader, readsOnAfterADamagedMember)
+{
+    ZipBuilder zip = deflated("hello");
+    zip.members[0].data[0] = '\7';
+    zip.addDeflated("last", "good");
+    const OnDisk file(zip);
+    MemberReader reader;
+    char buffer[8] = {};
+    reader.open(file.archive(), file.first());
+    EXPECT_THROW(reader.read(buffer, sizeof buffer), zip_exception);
+    reader.open(file.archive(), file.archive().entries()[2]);
+    EXPECT_EQ(std::string(buffer, reader.read(buffer, sizeof buffer)), "good");
+}
+
+TEST(MemberReader, readsOnAfterAMemberThatCantBeOpened)
+{
+    ZipBuilder zip = deflated("hello");
+    zip.members[0].setFlag(FLAG_ENCRYPTED);
+    const OnDisk file(zip);
+    const Entry& next = file.archive().entries()[1];
+    MemberReader reader;
+    char buffer[32] = {};
+    EXPECT_THROW(reader.open(file.archive(), file.first()), zip_exception);
+    {
+        FailingSystemCalls calls;
+        calls.fail(FailingSystemCalls::READ, 1, EIO);
+        EXPECT_THROW(reader.open(file.archive(), next), zip_exception);
+    }
+    reader.open(file.archive(), next);
+    EXPECT_EQ(std::string(buffer, reader.read(buffer, sizeof buffer)), "other content");
+}
+
+TEST(MemberReader, checksTheCrcOfEachMember)
+{
+    ZipBuilder zip = stored("hello");
+    zip.members[1].data[0] = 'O';
+    const OnDisk file(zip);
+    MemberReader reader;
+    char buffer[32] = {};
+    reader.open(file.archive(), file.first());
+    EXPECT_EQ(reader.read(buffer, sizeof buffer), 5u);
+    reader.open(file.archive(), file.archive().entries()[1]);
+    EXPECT_THROW(reader.read(buffer, sizeof buffer), zip_exception);
+}
+
 TEST(MemberReader, refusesOtherMethods)
 {
     ZipBuilder zip = stored("hello");
