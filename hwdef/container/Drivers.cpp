@@ -31,7 +31,7 @@ public:
 
     /// A file that the container doesn't hold is passed over; what can't be read or written draws a
     /// message.
-    void extract(const std::string& relativeName) const
+    void extract(const std::string& relativeName)
     {
         const std::string member = driverMemberName(relativeName);
         const std::string objection = safePath_.objection(member);
@@ -47,7 +47,7 @@ public:
         const std::string target = dir_ + HUTFile::getDirSeparator() + member;
         HUTFile::ensureWritableDirectory(boost::filesystem::path(target).parent_path().string());
         try {
-            extractMember(archive_, *entry, target, platform::ReplacementFile::Links::REPLACED);
+            extractor_.extract(archive_, *entry, target, MemberExtractor::Links::REPLACED);
         } catch (const platform::Cancelled&) {
             throw;
         } catch (const HEXAll& error) {
@@ -59,6 +59,7 @@ private:
     const iostreams::zip::ArchiveReader& archive_;
     const std::string dir_;
     const SafePath safePath_;
+    MemberExtractor extractor_;
 };
 
 /// Tells who watches how much there is to extract.
@@ -155,7 +156,7 @@ bool HHDFHwDef::unzipDrivers(const std::string& targetDir) const
         if (archive == nullptr || implementation_->drivers.files().empty()) {
             return true;
         }
-        const DriverExtraction extraction(*archive, targetDir);
+        DriverExtraction extraction(*archive, targetDir);
         if (platform::ProgressWork::isWatched()) {
             expectDrivers(implementation_->drivers, *archive);
         }

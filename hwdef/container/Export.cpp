@@ -99,14 +99,13 @@ public:
 
 private:
     /// A link at the target's place is replaced, so that two members never share what it points to.
-    static bool copy(const MemberSource& source, const std::string& target, std::string& reason)
+    bool copy(const MemberSource& source, const std::string& target, std::string& reason)
     {
         try {
             if (source.archive == nullptr) {
                 copyFile(source.file, target);
             } else {
-                extractMember(*source.archive, *source.entry, target,
-                              platform::ReplacementFile::Links::REPLACED);
+                extractor_.extract(*source.archive, *source.entry, target, MemberExtractor::Links::REPLACED);
             }
             return true;
         } catch (const platform::Cancelled&) {
@@ -119,6 +118,7 @@ private:
 
     const std::string dir_;
     const SafePath safePath_;
+    MemberExtractor extractor_;
 };
 
 void exportToDirectory(const HHDFHwDefImp& def, const std::string& bomPath, const std::string& dir)

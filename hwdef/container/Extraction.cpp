@@ -2,9 +2,10 @@
 
 #include <fcntl.h>
 
-#include "platform/Buffer.h"
 #include "platform/ProgressWork.h"
-#include "platform/iostreams/MemberReader.h"
+
+using iostreams::zip::ArchiveReader;
+using iostreams::zip::Entry;
 
 namespace {
 
@@ -12,30 +13,45 @@ constexpr std::size_t bufferBytes = 128 * 1024;
 
 }  // namespace
 
-void streamMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry,
-                  const platform::File& target)
-{
-    iostreams::zip::MemberReader content(archive, entry);
-    platform::Buffer buffer(bufferBytes);
-    while (const std::size_t count = content.read(buffer.data(), buffer.size())) {
-        target.write(buffer.data(), count);
-    }
-}
+MemberExtractor::MemberExtractor() : buffer_(bufferBytes) {}
 
-void checkMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry)
-{
-    iostreams::zip::MemberReader content(archive, entry);
-    platform::Buffer buffer(bufferBytes);
-    while (content.read(buffer.data(), buffer.size()) > 0) {
-    }
-}
-
-void extractMember(const iostreams::zip::ArchiveReader& archive, const iostreams::zip::Entry& entry,
-                   const std::string& target, platform::ReplacementFile::Links links)
+void MemberExtractor::extract(const ArchiveReader& archive, const Entry& entry, const std::string& target,
+                              Links links)
 {
     platform::ReplacementFile file(target, links);
-    streamMember(archive, entry, file.file());
+    stream(archive, entry, file.file());
     file.commit();
+}
+
+void MemberExtractor::stream(const ArchiveReader& archive, const Entry& entry, const platform::File& target)
+{
+    content_.open(archive, entry);
+    while (const std::size_t count = content_.read(buffer_.data(), buffer_.size())) {
+        target.write(buffer_.data(), count);
+    }
+}
+
+void MemberExtractor::check(const ArchiveReader& archive, const Entry& entry)
+{
+    content_.open(archive, entry);
+    while (content_.read(buffer_.data(), buffer_.size()) > 0) {
+    }
+}
+
+void extractMember(const ArchiveReader& archive, const Entry& entry, const std::string& target,
+                   platform::ReplacementFile::Links links)
+{
+    MemberExtractor().extract(archive, entry, target, links);
+}
+
+void streamMember(const ArchiveReader& archive, const Entry& entry, const platform::File& target)
+{
+    MemberExtractor().stream(archive, entry, target);
+}
+
+void checkMember(const ArchiveReader& archive, const Entry& entry)
+{
+    MemberExtractor().check(archive, entry);
 }
 
 void copyFile(const std::string& source, const std::string& target)
