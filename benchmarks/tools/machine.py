@@ -6,7 +6,8 @@ import re
 import subprocess
 
 PACKAGES = ["libarchive-tools", "coreutils", "zip", "unzip", "p7zip-full", "python3", "libzip4",
-            "libminizip1", "libxml2", "libboost-dev", "libisal2", "libssl3", "libpugixml1v5"]
+            "libminizip1", "libxml2", "libboost-dev", "libisal2", "libssl3", "libpugixml1v5", "zlib1g",
+            "libarchive13", "libexpat1", "libbenchmark-dev"]
 
 
 def first_line(command):
@@ -30,6 +31,11 @@ def version(package):
     return f"{package} {first_line(['dpkg-query', '-W', '-f=${Version}', package])}"
 
 
+def add_end(description):
+    """A machine that others use meanwhile shows in the load behind the last run."""
+    description["load of the machine"] += f", {os.getloadavg()[0]:.1f} at the end"
+
+
 def describe(work_files, rounds):
     return {
         "processor": f"{cpu_model()}, {os.cpu_count()} cores, {memory_gib():.0f} GiB of memory",
@@ -37,6 +43,6 @@ def describe(work_files, rounds):
         "compiler": first_line([os.environ.get("CXX", "g++"), "--version"]) + ", Release",
         "packages": ", ".join(version(package) for package in PACKAGES),
         "files that are timed": f"on {work_files}",
-        "runs": f"{rounds} of each contestant, by turns; load of the machine at the start "
-                f"{os.getloadavg()[0]:.1f}",
+        "runs": f"{rounds} of each contestant",
+        "load of the machine": f"{os.getloadavg()[0]:.1f} at the start",
     }

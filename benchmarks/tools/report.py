@@ -17,6 +17,7 @@ from targets import WORKLOADS
 HEADINGS = {
     "wall": "wall", "cpu": "CPU", "elapsed": "task alone", "task_cpu": "CPU of the task alone",
     "size": "output", "peak": "peak memory", "text": "text of the BOM",
+    "first": "first tenth of the calls", "last": "last tenth of the calls",
 }
 
 

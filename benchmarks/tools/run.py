@@ -12,7 +12,7 @@ import tempfile
 import time
 
 from contests import Contests
-from machine import describe
+from machine import add_end, describe
 from measure import Failed
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -111,6 +111,7 @@ def main():
         shutil.copytree(source, work / "corpus", copy_function=shutil.copyfile)
         try:
             measure(arguments, work, results, rounds)
+            add_end(results["machine"])
         except Failed as error:
             sys.exit(f"failed: {error}")
         finally:
