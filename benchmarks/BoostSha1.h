@@ -1,12 +1,11 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <string>
 
 namespace bench {
 
-/// Boost's SHA-1 compiled with -O2 and nothing else, as a caller's own build would have it.
-std::array<std::uint32_t, 5> boostSha1(const std::string& bytes);
+/// Boost's SHA-1 compiled with -O2 and nothing else, as a caller's own build would have it; as the
+/// library writes digests: five words in decimal, one behind the other.
+std::string boostSha1Text(const std::string& bytes);
 
 }  // namespace bench

@@ -8,15 +8,6 @@ namespace bench {
 
 namespace {
 
-std::string asText(const std::array<std::uint32_t, 5>& words)
-{
-    std::string text;
-    for (const std::uint32_t word : words) {
-        text += std::to_string(word);
-    }
-    return text;
-}
-
 std::string byLibrary(const std::string& bytes)
 {
     Sha1 sha1;
@@ -26,7 +17,7 @@ std::string byLibrary(const std::string& bytes)
 
 std::string byBoost(const std::string& bytes)
 {
-    return asText(boostSha1(bytes));
+    return boostSha1Text(bytes);
 }
 
 Task sha1Task(std::string (*digest)(const std::string&))

@@ -11,10 +11,21 @@ namespace bench {
 
 namespace {
 
+/// The first run pays for memory and caches that the others find ready, and would weigh the more the
+/// fewer runs there are.
+void warmUp(const Task& task)
+{
+    if (task.prepare) {
+        task.prepare();
+    }
+    task.run();
+}
+
 void runTask(benchmark::State& state, const std::function<Task()>& make)
 {
     try {
         const Task task = make();
+        warmUp(task);
         for ([[maybe_unused]] auto _ : state) {
             if (task.prepare) {
                 state.PauseTiming();

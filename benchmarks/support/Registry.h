@@ -16,8 +16,8 @@ struct Task {
     std::int64_t bytes = 0;       ///< that one run works on, for a throughput; 0 for none
 };
 
-/// Registers a task as "workload:contestant". `make` is called once a repetition, untimed; the task is
-/// then run `runs` times (once in a small trial).
+/// Registers a task as "workload:contestant". `make` is called once a repetition and the task
+/// run once, both untimed; the task is then run `runs` times (once in a small trial).
 void compare(const std::string& workload, const std::string& contestant, int runs,
              std::function<Task()> make);
 
