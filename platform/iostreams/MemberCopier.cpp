@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t windowBytes = 256 * 1024;
 /// So much is read ahead: what is small enough to be still in the processor's cache when it is written.
 constexpr std::size_t aheadBytes = windowBytes / 4;
-/// Members up to this size pass through the window, larger ones are copied inside the kernel.
+/// Members up to this size pass through the window, larger ones go past it.
 constexpr std::uint64_t smallBytes = windowBytes / 4;
 /// Room for an extra field of usual size, so that header and small data come with one read.
 constexpr std::size_t extraRoom = 64;
@@ -58,7 +58,7 @@ Entry MemberCopier::write(BufferedOutput& out)
     appendLocalHeader(header_, entry_);
     out.write(header_);
     if (entry_.compressedSize > smallBytes) {
-        copyInKernel(out);
+        copyLarge(out);
         return entry_;
     }
     std::string_view data;
@@ -76,7 +76,7 @@ Entry MemberCopier::write(BufferedOutput& out)
 }
 
 /// Copies large data; what the source refuses is told apart from what the output refuses.
-void MemberCopier::copyInKernel(BufferedOutput& out) const
+void MemberCopier::copyLarge(BufferedOutput& out) const
 {
     try {
         platform::ProgressWork::copyInSteps(name_, entry_.compressedSize,

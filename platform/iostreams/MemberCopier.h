@@ -26,7 +26,7 @@ public:
 private:
     std::string_view view(std::uint64_t offset, std::size_t size);
     std::uint64_t findData(const Entry& entry);
-    void copyInKernel(BufferedOutput& out) const;
+    void copyLarge(BufferedOutput& out) const;
 
     std::string name_;
     Entry entry_;
