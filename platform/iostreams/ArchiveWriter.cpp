@@ -112,7 +112,9 @@ void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
     end.entryCount = index_.size();
     std::string record;
     appendEndRecord(record, end);
+    out_.hold();  // the digest in it comes last, and it may be too long for the buffer
     out_.write(record);
+    out_.release();
 }
 
 void ArchiveWriter::Impl::commit()

@@ -95,14 +95,15 @@ void BufferedOutput::removeStretch(std::uint64_t from, std::uint64_t to)
 {
     const std::uint64_t end = position();
     assert(from <= to && to <= end);
-    distrustFrom(from);
     if (from >= flushed_) {
+        distrustFrom(from);
         char* target = buffer_.data() + (from - flushed_);
         std::memmove(target, buffer_.data() + (to - flushed_), static_cast<std::size_t>(end - to));
         rewind(end - (to - from));
         return;
     }
     flush();
+    distrustFrom(from);  // what the flush has digested, too
     while (to < end) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - to, buffer_.size()));
         if (file_.readAt(buffer_.data(), wanted, to) < wanted) {
@@ -138,7 +139,7 @@ void BufferedOutput::hold()
 
 std::string BufferedOutput::digest(std::uint64_t sizeBytes)
 {
-    assert(!held_ && sizeBytes <= position());
+    assert(sizeBytes <= position());
     if (!digest_ || held_ || digested_ > sizeBytes) {
         digest_.reset();
         flush();
@@ -149,6 +150,7 @@ std::string BufferedOutput::digest(std::uint64_t sizeBytes)
     } else {
         digestPassing({buffer_.data(), static_cast<std::size_t>(sizeBytes - flushed_)});
     }
+    assert(digested_ == sizeBytes);
     std::string digits = digest_->finish();
     digest_.reset();
     return digits;

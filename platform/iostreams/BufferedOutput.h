@@ -31,7 +31,8 @@ public:
     std::uint64_t position() const { return flushed_ + used_; }
 
     void write(std::string_view bytes);
-    /// Copies from another file, without a digest inside the kernel where that is possible.
+    /// Copies from another file: inside the kernel where that is possible, through the buffer when a digest
+    /// is computed.
     void copyFrom(const platform::File& from, std::uint64_t sizeBytes, std::uint64_t offset);
     /// Replaces bytes that were written before.
     void overwrite(std::uint64_t position, std::string_view bytes);
@@ -50,7 +51,8 @@ public:
     /// up when it is final.
     void hold();
     void release() { held_ = false; }
-    /// The archive digest of the file's first `sizeBytes` bytes, at most position(); to be had once.
+    /// The archive digest of the file's first `sizeBytes` bytes, at most position(); to be had once. Reads
+    /// the file when what was digested has changed or is held.
     std::string digest(std::uint64_t sizeBytes);
 
 private:

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
@@ -265,6 +266,53 @@ TEST_F(ArchiveWriter, readsNothingBackForTheDigestOfCopies)
         reads[digest == Writer::Digest::ATTACHED] = calls.count(FailingSystemCalls::READ);
     }
     EXPECT_EQ(reads[1], reads[0]);
+}
+
+TEST_F(ArchiveWriter, readsOnlyTheEndBackForTheDigestBehindALongComment)
+{
+    Writer writer(path_, Writer::Digest::ATTACHED);
+    const std::string from = dir_ / "from.zip";
+    support::writeArchive(from, {{"a", support::randomBytes(8 * CHUNK, 12)}});
+    EXPECT_TRUE(copy(writer, ArchiveReader(from), "a"));
+    writer.setComment(std::string(65535 - 77, 'c'));
+    {
+        FailingSystemCalls calls;
+        writer.commit();
+        EXPECT_LE(calls.count(FailingSystemCalls::READ), 2U);  // of 64 KiB each
+    }
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
+}
+
+TEST_F(ArchiveWriter, attachesTheDigestBehindASourceThatFailsHalfWay)
+{
+    support::writeFile(dir_ / "large", support::randomBytes(4 * CHUNK, 8));
+    Writer writer(path_, Writer::Digest::ATTACHED);
+    add(writer, "a", "first");
+    {
+        FailingSystemCalls calls;
+        calls.fail(FailingSystemCalls::READ, 3, EIO);
+        EXPECT_FALSE(writer.addFile(dir_ / "large", "large", reason_));
+    }
+    add(writer, "b", support::textBytes(2 * CHUNK, 9));
+    writer.commit();
+    EXPECT_EQ(support::namesIn(path_), "a b");
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
+}
+
+TEST_F(ArchiveWriter, attachesTheDigestBehindACopyWhoseArchiveEndsEarly)
+{
+    const std::string from = dir_ / "from.zip";
+    support::writeArchive(from, {{"large", support::randomBytes(4 * CHUNK, 8)}});
+    const ArchiveReader reader(from);
+    Writer writer(path_, Writer::Digest::ATTACHED);
+    add(writer, "a", "first");
+    ASSERT_EQ(::truncate(from.c_str(), 2 * CHUNK), 0);
+    EXPECT_FALSE(copy(writer, reader, "large"));
+    EXPECT_EQ(reason_, from + ": can't read (the file ends early): Input/output error");
+    add(writer, "b", support::randomBytes(2 * CHUNK, 9));
+    writer.commit();
+    EXPECT_EQ(support::namesIn(path_), "a b");
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
 }
 
 TEST_F(ArchiveWriter, putsACommentInFrontOfTheDigest)

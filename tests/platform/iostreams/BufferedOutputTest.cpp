@@ -234,6 +234,24 @@ TEST_F(DigestOfOutput, takesUpWhatWasHeldUpToTheEnd)
     EXPECT_EQ(digest, platform::ArchiveDigest::ofFile(file_, large_.size() - 1));
 }
 
+TEST_F(DigestOfOutput, isThatOfTheFileWhileSomethingIsHeld)
+{
+    out_.write("front");
+    out_.hold();
+    out_.write(large_);
+    expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, isThatOfTheFileWhenAStretchOfWhatWasHeldIsTakenOut)
+{
+    out_.hold();
+    out_.write(large_);
+    out_.release();
+    out_.write("more");
+    out_.removeStretch(1000, 5000);
+    expectTheFilesDigest();
+}
+
 TEST_F(DigestOfOutput, isThatOfTheFileWhenWhatWasDigestedChanges)
 {
     out_.write(large_);
