@@ -10,10 +10,10 @@ std::uint64_t maxMemberInMemory()
                                                                DEFAULT_MAX_MEMBER_IN_MEMORY);
 }
 
-std::uint64_t maxPackedInMemory()
+std::uint64_t maxUnpackSeconds()
 {
-    return HPAParamMgr::getParamMgr()->getValueIfExistAsNumber(MAX_PACKED_IN_MEMORY,
-                                                               DEFAULT_MAX_PACKED_IN_MEMORY);
+    return HPAParamMgr::getParamMgr()->getValueIfExistAsNumber(MAX_UNPACK_SECONDS,
+                                                               DEFAULT_MAX_UNPACK_SECONDS);
 }
 
 std::uint64_t maxDocumentMemory()

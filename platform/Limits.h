@@ -19,12 +19,14 @@ constexpr std::uint64_t DEFAULT_MAX_MEMBER_IN_MEMORY = std::uint64_t{256} << 20;
 HWDEF_API std::uint64_t maxMemberInMemory();
 /// @}
 
-/// Largest packed form, in bytes, of a deflated BOM; a bound to time, not to memory: deflate has blocks
-/// that hold nothing, and each takes as long as thousands of characters.
+/// Most processor time, in seconds, that unpacking the BOM may take when a container is opened, and all
+/// other members when their digests are computed, beside a second for each 32 MiB of the containers:
+/// thirty times what it takes when nobody means harm.
 /// @{
-constexpr const char* MAX_PACKED_IN_MEMORY = "hwdef.maxPackedInMemory";
-constexpr std::uint64_t DEFAULT_MAX_PACKED_IN_MEMORY = std::uint64_t{16} << 20;
-HWDEF_API std::uint64_t maxPackedInMemory();
+constexpr const char* MAX_UNPACK_SECONDS = "hwdef.maxUnpackSeconds";
+constexpr std::uint64_t DEFAULT_MAX_UNPACK_SECONDS = 3;
+constexpr double ARCHIVE_BYTES_PER_UNPACK_SECOND = 32 * 1024 * 1024;
+HWDEF_API std::uint64_t maxUnpackSeconds();
 /// @}
 
 /// Most memory, in bytes, that a document out of a container (the BOM, a software-parameter member) may

@@ -15,6 +15,8 @@
 #include "platform/Limits.h"
 #include "platform/ProgressWork.h"
 #include "platform/iostreams/MemberReader.h"
+#include "platform/iostreams/UnpackTime.h"
+#include "platform/iostreams/ZipException.h"
 
 namespace {
 
@@ -23,27 +25,11 @@ constexpr std::size_t bufferBytes = 128 * 1024;
 /// A member of one archive reader: its serial number, and where the member's directory record stands.
 using MemberKey = std::pair<std::uint64_t, const char*>;
 
-/// So many bytes are digested in the time that it takes to go through one byte of deflate blocks without
-/// content.
-constexpr std::uint64_t emptyBlockWeight = 256;
-/// Room for a short member's headers of deflate blocks.
-constexpr std::uint64_t blockHeaderBytes = 64;
-
-/// What it takes to digest a member, in bytes with content. Deflate makes none of them longer than nine
-/// bits; what is packed beyond that can only be blocks that hold nothing.
-std::uint64_t costOf(const iostreams::zip::Entry& entry)
-{
-    if (entry.method != iostreams::zip::METHOD_DEFLATED || entry.compressedSize <= entry.size) {
-        return entry.size;
-    }
-    const std::uint64_t mostPacked = entry.size + entry.size / 8 + blockHeaderBytes;
-    const std::uint64_t emptyBytes = entry.compressedSize - std::min(entry.compressedSize, mostPacked);
-    return entry.compressedSize + emptyBlockWeight * emptyBytes;
-}
-
 /// Computes digest texts, one file or member after the other, through one buffer.
 class Digester {
 public:
+    Digester() { content_.limitTime(&time_); }
+
     /// How many bytes it will take to digest the entry.
     std::uint64_t bytesOf(const MemberEntry& member) { return sourceBytes(archives_, member, false); }
 
@@ -103,17 +89,29 @@ private:
             return true;
         }
         if (!mayDigest(reader, entry)) {
-            keptLimit_ = false;
-            send(reader.path() + ": member \"" + std::string(entry.name) + "\" has " +
-                 std::to_string(entry.size) + " bytes, with which more are digested than the " +
-                 std::to_string(mostBytes(reader)) + " allowed");
-            return false;
+            return refuse(reader.path() + ": member \"" + std::string(entry.name) + "\" has " +
+                          std::to_string(entry.size) + " bytes, with which more are digested than the " +
+                          std::to_string(mostBytes(reader)) + " allowed");
         }
         sha1_.reset();
-        send(addContent(reader, entry));
+        try {
+            addContent(reader, entry);
+        } catch (const iostreams::zip::TimeError& error) {
+            return refuse(error.what());
+        } catch (const iostreams::device::detail::zip_exception& error) {
+            sha1_.reset();
+            send(error.what());
+        }
         text = sha1_.finish();
         memberDigests_.emplace(key, text);
         return true;
+    }
+
+    bool refuse(const std::string& reason)
+    {
+        keptLimit_ = false;
+        send(reason);
+        return false;
     }
 
     static void send(const std::string& reason)
@@ -123,18 +121,11 @@ private:
         }
     }
 
-    /// The reason when it can't be read, after which nothing counts as added.
-    std::string addContent(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
+    void addContent(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
     {
-        try {
-            iostreams::zip::MemberReader content(reader, entry);
-            while (const std::size_t count = content.read(buffer_.data(), buffer_.size())) {
-                sha1_.add(buffer_.data(), count);
-            }
-            return {};
-        } catch (const iostreams::device::detail::zip_exception& error) {
-            sha1_.reset();
-            return error.what();
+        content_.open(reader, entry);
+        while (const std::size_t count = content_.read(buffer_.data(), buffer_.size())) {
+            sha1_.add(buffer_.data(), count);
         }
     }
 
@@ -142,12 +133,15 @@ private:
     bool mayDigest(const iostreams::zip::ArchiveReader& reader, const iostreams::zip::Entry& entry)
     {
         const std::uint64_t most = mostBytes(reader);
-        std::uint64_t& digested = digestedBytes_[reader.path()];
-        const std::uint64_t cost = costOf(entry);
-        if (digested > most || cost > most - digested) {
+        const auto [known, isNew] = digestedBytes_.try_emplace(reader.path());
+        std::uint64_t& digested = known->second;
+        if (isNew) {
+            time_.allow(reader.file().size());
+        }
+        if (digested > most || entry.size > most - digested) {
             return false;
         }
-        digested += cost;
+        digested += entry.size;
         return true;
     }
 
@@ -175,6 +169,8 @@ private:
     std::map<MemberKey, std::string> memberDigests_;
     bool keptLimit_ = true;
     SourceArchives archives_;
+    iostreams::zip::UnpackTime time_;
+    iostreams::zip::MemberReader content_;  // of the archives' members
     Sha1 sha1_;
     platform::Buffer buffer_{bufferBytes};
 };

@@ -14,7 +14,7 @@
 #include "platform/HXMLWInterface.h"
 #include "platform/Limits.h"
 #include "platform/iostreams/ArchiveReader.h"
-#include "platform/iostreams/ZipException.h"
+#include "platform/iostreams/UnpackTime.h"
 
 using iostreams::zip::ArchiveReader;
 using iostreams::zip::Entry;
@@ -51,13 +51,9 @@ std::unique_ptr<ArchiveReader> openArchive(const std::string& path)
 std::string readBom(const ArchiveReader& archive, const Entry& entry)
 {
     try {
-        const std::uint64_t mostPacked = platform::limits::maxPackedInMemory();
-        if (entry.method == iostreams::zip::METHOD_DEFLATED && entry.compressedSize > mostPacked) {
-            throw iostreams::zip::memberError(archive.path(), entry.name,
-                                              "has " + std::to_string(entry.compressedSize) +
-                                                  " packed bytes, allowed are " + std::to_string(mostPacked));
-        }
-        return archive.read(entry, platform::limits::maxMemberInMemory());
+        iostreams::zip::UnpackTime time;
+        time.allow(archive.file().size());
+        return archive.read(entry, platform::limits::maxMemberInMemory(), &time);
     } catch (const iostreams::device::detail::zip_exception& error) {
         ComMsgMgr::sendMessage(error.what(), false);
         return {};

@@ -34,7 +34,8 @@ constexpr Rule rules[] = {
      "Write the container anew to record one; adding a member drops it."},
     {"archive.not-archive", HHDFFinding::ERROR, "Name a container, which is a zip archive."},
     {"archive.too-large", HHDFFinding::ERROR,
-     "Raise the parameter \"hwdef.maxDigestedBytes\" when the container can be trusted."},
+     "Raise the parameter \"hwdef.maxDigestedBytes\" or \"hwdef.maxUnpackSeconds\" when the container can be "
+     "trusted."},
     {"archive.trailing-bytes", HHDFFinding::WARNING,
      "Add a member or write the container anew: an interrupted addition may have left them."},
     {"archive.truncated", HHDFFinding::ERROR, copyAnew},

@@ -269,8 +269,9 @@ public:
     /// Computes the digests of the present bytes: `digestMap` gets one text per member name (entries
     /// already there take part in the overall digest), `digest` the overall one. A file on disk that
     /// can't be opened is left out, and so is, after a text that says so, a member beyond the limit
-    /// "hwdef.maxDigestedBytes" (platform/Limits.h). Streams: memory does not grow with a member's size.
-    /// False, with some of the map filled, only when cancelled (platform/Progress.h).
+    /// "hwdef.maxDigestedBytes" or "hwdef.maxUnpackSeconds" (platform/Limits.h). Streams: memory does not
+    /// grow with a member's size. False, with some of the map filled, only when cancelled
+    /// (platform/Progress.h).
     bool calculateDigest(std::string& digest, Texts& digestMap);
     /// Holds computed digests against the stored ones. For the first name, in byte order, that
     /// differs, `message` becomes "File: <name> has been tampered."; it stays when only the overall

@@ -149,7 +149,7 @@ std::uint64_t ArchiveReader::dataLimit(const Entry& entry) const
     return impl_->directory_.dataLimit(entry);
 }
 
-std::string ArchiveReader::read(const Entry& entry, std::uint64_t limitBytes) const
+std::string ArchiveReader::read(const Entry& entry, std::uint64_t limitBytes, UnpackTime* time) const
 {
     if (entry.size > limitBytes) {
         throw memberError(
@@ -157,6 +157,7 @@ std::string ArchiveReader::read(const Entry& entry, std::uint64_t limitBytes) co
             "has " + std::to_string(entry.size) + " bytes, allowed are " + std::to_string(limitBytes));
     }
     MemberReader reader(*this, entry);
+    reader.limitTime(time);
     const auto most = static_cast<std::size_t>(mostUnpackedBytes(entry));
     std::string content;
     std::size_t size = 0;

@@ -12,6 +12,7 @@
 #include "platform/iostreams/Directory.h"
 #include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/Entry.h"
+#include "platform/iostreams/UnpackTime.h"
 #include "platform/iostreams/zip.h"
 
 namespace iostreams::zip {
@@ -55,8 +56,8 @@ public:
 
     /// The member's whole content in memory; throws zip_exception when it can't be read or is larger
     /// than `limitBytes` by its declared or its true size. Memory is taken for what the compressed
-    /// bytes can unpack to at most, whatever size is declared.
-    std::string read(const Entry& entry, std::uint64_t limitBytes) const;
+    /// bytes can unpack to at most, whatever size is declared. With a time: as MemberReader::limitTime.
+    std::string read(const Entry& entry, std::uint64_t limitBytes, UnpackTime* time = nullptr) const;
 
 private:
     explicit ArchiveReader(platform::File file);

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <iomanip>
+#include <sstream>
 
 #include "platform/ProgressWork.h"
 #include "platform/iostreams/EntryHeaders.h"
@@ -33,6 +35,8 @@ public:
         checked_ = false;
         failure_ = nullptr;
     }
+
+    void limitTime(UnpackTime* time) { time_ = time; }
 
     std::size_t read(char* buffer, std::size_t size)
     {
@@ -108,9 +112,21 @@ private:
                     throw error("deflated data doesn't end within the compressed size of " +
                                 std::to_string(entry_.compressedSize));
                 }
-                inflater_->feed(input_.next());
+                inflater_->feed(nextPacked());
             }
         }
+    }
+
+    std::string_view nextPacked()
+    {
+        const std::string_view packed = input_.next();
+        if (time_ != nullptr && time_->isUp(packed.size())) {
+            std::ostringstream reason;
+            reason << "takes longer to unpack than the " << std::fixed << std::setprecision(2)
+                   << time_->allowedSeconds() << " seconds allowed";
+            throw TimeError(error(reason.str()).what());
+        }
+        return packed;
     }
 
     void checkEnd()
@@ -155,6 +171,7 @@ private:
     std::uint64_t left_ = 0;              // bytes still to be delivered
     std::uint32_t crc_ = 0;
     bool checked_ = false;
+    UnpackTime* time_ = nullptr;
     std::exception_ptr failure_;  // a damaged member stays one, however often it is read
 };
 
@@ -173,6 +190,11 @@ try {
     impl_->open(archive, entry);
 } catch (const platform::FileError& error) {
     throw memberError(archive.path(), entry.name, error);
+}
+
+void MemberReader::limitTime(UnpackTime* time)
+{
+    impl_->limitTime(time);
 }
 
 std::size_t MemberReader::read(char* buffer, std::size_t size)

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/iostreams/ArchiveReader.h"
+#include "platform/iostreams/UnpackTime.h"
 
 namespace iostreams::zip {
 
@@ -23,6 +24,10 @@ public:
     /// isn't supported and for encryption; only open() may follow then. The archive must stay until
     /// the next member is opened.
     void open(const ArchiveReader& archive, const Entry& entry);
+
+    /// Members opened from now on take from that time, and read() throws TimeError once it is up; null for
+    /// as long as it takes. Must outlive the reading.
+    void limitTime(UnpackTime* time);
 
     /// Fills the buffer as far as the member goes; 0 at the end. The call that delivers the last byte,
     /// or finds none, checks size and CRC-32 first: throws zip_exception when they differ.

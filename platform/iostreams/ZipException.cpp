@@ -11,6 +11,7 @@ zip_exception::~zip_exception() = default;
 namespace zip {
 
 ChecksumError::~ChecksumError() = default;
+TimeError::~TimeError() = default;
 
 namespace {
 

@@ -20,6 +20,13 @@ public:
     ~ChecksumError() override;
 };
 
+/// A member that takes longer to unpack than is allowed.
+class TimeError : public zip_exception {
+public:
+    using zip_exception::zip_exception;
+    ~TimeError() override;
+};
+
 /// `design.hdf: REASON`
 zip_exception archiveError(const std::string& archive, const std::string& reason);
 /// `design.hdf: member "top.bit": REASON`

@@ -143,6 +143,19 @@ ZipMember& ZipBuilder::addDeflated(const std::string& name, const std::string& c
     return member;
 }
 
+void putEmptyBlocks(ZipMember& member, std::size_t packedBytes)
+{
+    // Four blocks of the fixed code, each of three bits and the seven of its end.
+    const std::string blocks("\x02\x08\x20\x80\x00", 5);
+    std::string packed;
+    while (packed.size() < packedBytes) {
+        packed += blocks;
+    }
+    member.data.insert(0, packed);
+    member.local.compressedSize = static_cast<std::uint32_t>(member.data.size());
+    member.listed.compressedSize = member.local.compressedSize;
+}
+
 std::string ZipBuilder::build() const
 {
     std::string archive;

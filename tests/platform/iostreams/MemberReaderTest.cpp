@@ -8,6 +8,7 @@
 #include "platform/iostreams/EntryHeaders.h"
 #include "platform/iostreams/ZipException.h"
 #include "support/FailingSystemCalls.h"
+#include "support/Parameter.h"
 #include "support/TempDir.h"
 #include "support/ZipBuilder.h"
 
@@ -453,4 +454,48 @@ TEST(MemberReader, reportsAReadThatTheSystemRefuses)
     calls.fail(FailingSystemCalls::READ, 3, EIO);
     EXPECT_EQ(support::zipFailure(file.path(), [&] { file.read(1000); }),
               "member \"m\": can't read: Input/output error");
+}
+
+TEST(MemberReader, keepsToATimeWhateverTheDataHolds)
+{
+    ZipBuilder zip;
+    support::putEmptyBlocks(zip.addDeflated("a", "content"), 200'000);
+    zip.addDeflated("b", "more");
+    const OnDisk disk(zip);
+    const support::Parameter limit("hwdef.maxUnpackSeconds", "0");
+    UnpackTime time;
+    MemberReader reader;
+    reader.limitTime(&time);
+    std::string buffer(10, '\0');
+
+    for (const char* name : {"a", "b"}) {
+        reader.open(disk.archive(), *disk.archive().find(name));
+        for (int times = 0; times < 2; ++times) {
+            try {
+                reader.read(buffer.data(), buffer.size());
+                ADD_FAILURE() << name;
+            } catch (const TimeError& error) {
+                EXPECT_EQ(error.what(), disk.path() + ": member \"" + name +
+                                            "\": takes longer to unpack than the 0.00 seconds allowed");
+            }
+        }
+    }
+    reader.limitTime(nullptr);
+    reader.open(disk.archive(), disk.first());
+    EXPECT_EQ(reader.read(buffer.data(), buffer.size()), 7U);
+}
+
+TEST(MemberReader, asksForNoTimeThatDataTakes)
+{
+    ZipBuilder zip;
+    support::putEmptyBlocks(zip.addDeflated("a", "content"), 200'000);
+    const OnDisk disk(zip);
+    UnpackTime time;
+    time.allow(64 << 20);
+    EXPECT_DOUBLE_EQ(time.allowedSeconds(), 5.0);
+    MemberReader reader;
+    reader.limitTime(&time);
+    reader.open(disk.archive(), disk.first());
+    std::string buffer(10, '\0');
+    EXPECT_EQ(reader.read(buffer.data(), buffer.size()), 7U);
 }
