@@ -6,11 +6,12 @@
 namespace iostreams::zip {
 
 /// A limit to the processor time that unpacking members of archives may take, for what somebody else
-/// chose to put in them. Deflate has blocks of ten bits that hold nothing and take as long as thousands of bytes:
-/// neither the packed nor the unpacked size tells how long a stream will take.
+/// chose to put in them. Deflate has blocks of ten bits that hold nothing and take as long as thousands of
+/// bytes: neither the packed nor the unpacked size tells how long a stream will take.
 ///
-/// The time is the calling thread's, from here on, with all that it does meanwhile: "hwdef.maxUnpackSeconds" and a
-/// second for each 32 MiB of the archives (platform/Limits.h). Honest members take less than a tenth of that.
+/// The time is the calling thread's, from here on, with all that it does meanwhile: "hwdef.maxUnpackSeconds"
+/// and a second for each 32 MiB of the archives (platform/Limits.h). Honest members take less than a tenth of
+/// that.
 class UnpackTime {
 public:
     UnpackTime();

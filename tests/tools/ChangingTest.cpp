@@ -15,14 +15,10 @@ using support::readFile;
 using support::TempDir;
 using support::writeFile;
 using tools::CommandRun;
+using tools::contains;
 using tools::runCommand;
 
 namespace {
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 void expectDone(const CommandRun& run)
 {

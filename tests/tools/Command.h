@@ -23,4 +23,10 @@ CommandRun runOnTerminal(const std::string& dir, const std::vector<std::string>&
                          const std::vector<std::string>& environment = {},
                          const std::function<void(const std::string& soFar, int process)>& watch = {});
 
+/// Whether a text that the command has shown holds that part.
+inline bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
 }  // namespace tools

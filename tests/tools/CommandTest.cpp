@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "hwdef/utils/HHDFHwDefUtils.h"
 #include "support/Container.h"
 #include "support/MeasuredChild.h"
 #include "support/TempDir.h"
@@ -15,15 +16,11 @@
 
 using support::TempDir;
 using tools::CommandRun;
+using tools::contains;
 using tools::runCommand;
 using tools::runOnTerminal;
 
 namespace {
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 std::string errorOf(const std::string& dir, const std::vector<std::string>& words)
 {
@@ -321,6 +318,20 @@ TEST(Command, showsProgressOfAllThatIsExtracted)
         last = percent;
     }
     EXPECT_LT(last, 100);
+}
+
+TEST(Command, showsProgressOfComparingWhatMeets)
+{
+    const LongWork work;
+    for (const char* name : {"a.hdf", "b.hdf"}) {
+        ASSERT_TRUE(HHDFHwDefUtils::writeHDF(
+            work.dir() / name, {{work.dir() / "long.bit", HHDFHwDefFileTypes::BIT}}, true, {}, {}));
+    }
+    const CommandRun run = interrupted(work.dir(), {"merge", "a.hdf", "b.hdf", "--dry-run"},
+                                       [](const std::string& soFar) { return !progressIn(soFar).empty(); });
+    EXPECT_EQ(run.exitCode, 128 + SIGINT);
+    EXPECT_TRUE(contains(run.out, " of 3.00 GiB  ")) << run.out;
+    EXPECT_TRUE(contains(run.out, "long.bit")) << run.out;
 }
 
 TEST(Command, tellsOnceAndOnALineOfItsOwnThatItWasInterrupted)

@@ -22,14 +22,10 @@ using support::readFile;
 using support::TempDir;
 using support::writeFile;
 using tools::CommandRun;
+using tools::contains;
 using tools::runCommand;
 
 namespace {
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 /// The page of a report on a container of the directory.
 std::string pageOf(const std::string& dir, const std::string& container)

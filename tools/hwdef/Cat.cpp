@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <array>
 #include <boost/archive/iterators/base64_from_binary.hpp>
 #include <boost/archive/iterators/transform_width.hpp>
@@ -52,15 +54,20 @@ std::string base64(const std::string& bytes)
 
 /// Gives the content to `take` piece by piece.
 template <typename Take>
-void read(const std::string& member, const std::string& file, Take take)
+void read(const HHDFHwDefArchive::Member& member, const std::string& file, Take take)
 {
-    iostreams::device::file_source source(member, file);
+    iostreams::device::file_source source(member.name, file);
+    OwnWork work(member.sizeBytes);
+    // A line on the same terminal would stand amid the content.
+    const bool isTold = ::isatty(STDOUT_FILENO) == 0;
     std::array<char, 64 * 1024> buffer;
     for (std::streamsize count = 0; (count = source.read(buffer.data(), buffer.size())) >= 0;) {
-        if (ProgressLine::signal() != 0) {
-            throw CommandError("interrupted");
-        }
         take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
+        if (isTold) {
+            work.advance(member.name, static_cast<std::uint64_t>(count));
+        } else {
+            OwnWork::endIfAsked();
+        }
     }
 }
 
@@ -69,7 +76,7 @@ ExitCode Cat::run(Output& output)
     const Container container = openContainer(containerPath());
     const auto& found = container.member(member_);
     if (!output.isJson()) {
-        read(member_, containerPath(), [](std::string_view bytes) { writeToStream(1, bytes); });
+        read(found, containerPath(), [](std::string_view bytes) { writeToStream(STDOUT_FILENO, bytes); });
         return ExitCode::SOUND;
     }
     const std::uint64_t most = platform::limits::maxMemberInMemory();
@@ -79,7 +86,7 @@ ExitCode Cat::run(Output& output)
                            ", too much for a JSON document; without --json it can be had");
     }
     std::string content;
-    read(member_, containerPath(), [&](std::string_view bytes) { content += bytes; });
+    read(found, containerPath(), [&](std::string_view bytes) { content += bytes; });
     const bool isText = isUtf8(content);
     output.json().add("file", containerPath());
     output.json().add("member", member_);

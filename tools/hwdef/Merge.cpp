@@ -87,23 +87,26 @@ private:
     std::array<char, 64 * 1024> buffer_;
 };
 
-bool hasSameBytes(const std::string& name, const Container& left, const Container& right)
+/// Whether only reading can tell the two apart.
+bool isAlike(const HHDFHwDefArchive::Member& first, const HHDFHwDefArchive::Member& second)
+{
+    return first.sizeBytes == second.sizeBytes && first.crc == second.crc;
+}
+
+bool hasSameBytes(const std::string& name, const Container& left, const Container& right, OwnWork& work)
 {
     const auto* const first = left.archive->find(name);
     const auto* const second = right.archive->find(name);
     if (first == nullptr || second == nullptr) {
         return first == second;
     }
-    if (first->sizeBytes != second->sizeBytes || first->crc != second->crc) {
+    if (!isAlike(*first, *second)) {
         return false;
     }
     // The same checksum is no proof of the same bytes.
     Content content(name, left.path);
     Content other(name, right.path);
     for (;;) {
-        if (ProgressLine::signal() != 0) {
-            throw CommandError("interrupted");
-        }
         const std::string_view bytes = content.next();
         if (bytes != other.next()) {
             return false;
@@ -111,14 +114,15 @@ bool hasSameBytes(const std::string& name, const Container& left, const Containe
         if (bytes.empty()) {
             return true;
         }
+        work.advance(name, bytes.size());
     }
 }
 
-bool isSame(const char* kind, const std::string& name, const std::vector<Brought>& all)
+bool isSame(const char* kind, const std::string& name, const std::vector<Brought>& all, OwnWork& work)
 {
     for (std::size_t i = 1; i < all.size(); ++i) {
         const bool isEqual = std::string_view(kind) == "file"
-                                 ? hasSameBytes(name, *all.front().container, *all[i].container)
+                                 ? hasSameBytes(name, *all.front().container, *all[i].container, work)
                                  : all.front().value == all[i].value;
         if (!isEqual) {
             return false;
@@ -127,13 +131,28 @@ bool isSame(const char* kind, const std::string& name, const std::vector<Brought
     return true;
 }
 
-void addMeetings(const char* kind, const BroughtByName& brought, std::vector<Meeting>& meetings)
+/// What comparing the contents of files that meet will read, of one side.
+OwnWork comparison(const BroughtByName& files)
+{
+    std::uint64_t totalBytes = 0;
+    for (const auto& [name, all] : files) {
+        const auto* const first = all.front().container->archive->find(name);
+        for (std::size_t i = 1; first != nullptr && i < all.size(); ++i) {
+            const auto* const other = all[i].container->archive->find(name);
+            totalBytes += other != nullptr && isAlike(*first, *other) ? other->sizeBytes : 0;
+        }
+    }
+    return OwnWork(totalBytes);
+}
+
+void addMeetings(const char* kind, const BroughtByName& brought, OwnWork& work,
+                 std::vector<Meeting>& meetings)
 {
     for (const auto& [name, all] : brought) {
         if (all.size() < 2) {
             continue;
         }
-        Meeting meeting = {kind, name, {}, isSame(kind, name, all)};
+        Meeting meeting = {kind, name, {}, isSame(kind, name, all, work)};
         for (const Brought& one : all) {
             meeting.containers.push_back(one.container->path);
         }
@@ -174,9 +193,10 @@ std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
         }
     }
     std::vector<Meeting> meetings;
-    addMeetings("file", files, meetings);
-    addMeetings("driver", drivers, meetings);
-    addMeetings("attribute", attributes, meetings);
+    OwnWork work = comparison(files);
+    addMeetings("file", files, work, meetings);
+    addMeetings("driver", drivers, work, meetings);
+    addMeetings("attribute", attributes, work, meetings);
     return meetings;
 }
 

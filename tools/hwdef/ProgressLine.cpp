@@ -11,7 +11,6 @@
 #include "CommandError.h"
 #include "Output.h"
 #include "Text.h"
-#include "platform/Progress.h"
 
 namespace {
 
@@ -151,4 +150,21 @@ void ProgressLine::hide()
 int ProgressLine::signal()
 {
     return caught;
+}
+
+void OwnWork::advance(std::string_view member, std::uint64_t bytes)
+{
+    progress_.doneBytes += bytes;
+    progress_.member = member;
+    if (ProgressLine::Impl::current != nullptr) {
+        ProgressLine::Impl::current->tell(progress_);
+    }
+    endIfAsked();
+}
+
+void OwnWork::endIfAsked()
+{
+    if (ProgressLine::signal() != 0) {
+        throw CommandError("interrupted");
+    }
 }

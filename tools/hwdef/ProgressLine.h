@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string_view>
+
+#include "platform/Progress.h"
 
 /// While it lives, long calls of the library can be followed and ended: on a terminal, a line on standard
 /// error tells how far a call has come once it takes longer than a second, with rate and time left; and an
@@ -20,6 +24,23 @@ public:
     static int signal();
 
 private:
+    friend class OwnWork;
+
     class Impl;
     std::unique_ptr<Impl> impl_;
+};
+
+/// Work that the command does itself, followed and ended like the library's.
+class OwnWork {
+public:
+    explicit OwnWork(std::uint64_t totalBytes) : progress_{0, totalBytes, {}} {}
+
+    /// So many more bytes are done, of which the member is told. Throws CommandError("interrupted") after a
+    /// signal.
+    void advance(std::string_view member, std::uint64_t bytes);
+    /// Throws alike, and tells nothing.
+    static void endIfAsked();
+
+private:
+    platform::Progress progress_;
 };
