@@ -103,6 +103,8 @@ OldArchive examine(const ArchiveReader& reader, std::string_view replaced)
 {
     OldArchive old;
     old.end = reader.endRecord();
+    // Where bytes stood behind it, the comment may hold what would now be the last end record.
+    checkComment(reader.path(), old.end.comment);
     old.records = reader.directory().bytes();
     old.directory = reader.directory().position();
     listKept(old, replaced);

@@ -128,6 +128,7 @@ void ArchiveWriter::Impl::commit()
         throw archiveError(path_,
                            "a comment of " + std::to_string(end.comment.size()) + " bytes is too long");
     }
+    checkComment(path_, end.comment);
     writeDirectory(end);
     if (attachesDigest_) {
         const std::uint64_t covered = out_.position() - platform::ArchiveDigest::DIGITS;

@@ -255,6 +255,16 @@ EndRecord findEndRecord(const platform::File& file)
     }
 }
 
+void checkComment(const std::string& archive, std::string_view comment)
+{
+    std::string signature;
+    append32(signature, END_RECORD_SIGNATURE);
+    if (comment.find(signature) != std::string_view::npos) {
+        throw archiveError(archive,
+                           "the comment holds an end record, which would be taken for the archive's own");
+    }
+}
+
 void appendEndRecord(std::string& out, const EndRecord& record)
 {
     const bool zip64 = record.entryCount >= saturated16 || record.directorySize >= saturated32 ||

@@ -45,6 +45,10 @@ EndRecord findEndRecord(FileTail& tail);
 EndRecord parseEndRecord(const FileTail& tail, std::uint64_t position);
 void readComment(const FileTail& tail, std::uint64_t position, EndRecord& record);
 
+/// Throws zip_exception for a comment, of an archive to be written, that holds the signature of an end
+/// record: readers, which search from the end, would take that for the archive's own.
+void checkComment(const std::string& archive, std::string_view comment);
+
 /// Appends the end record to `out`, with the zip64 records in front when a number needs them.
 /// `prefixSize + directoryOffset + directorySize` must be where the record will stand.
 void appendEndRecord(std::string& out, const EndRecord& record);

@@ -112,3 +112,20 @@ TEST_F(AddingToDamage, losesNothingWhenTheLastMemberCallsItselfShorter)
     EXPECT_EQ(additions_, 1);
     EXPECT_EQ(readableMembers(path_), (Readable{{"a", "content of a"}, {"added", "new"}}));
 }
+
+TEST_F(AddingToDamage, isRefusedWhereTheCommentHoldsAnEndRecord)
+{
+    ZipBuilder zip;
+    zip.addStored("a", "content of a");
+    zip.comment = "PK\5\6";
+    zip.write(path_);
+    const std::string before = support::readFile(path_);
+    const support::Messages messages;
+
+    EXPECT_FALSE(HHDFHwDefUtils::writeFileToHDF(file_, "added", path_));
+    EXPECT_NE(
+        messages.joined().find("the comment holds an end record, which would be taken for the archive's own"),
+        std::string::npos)
+        << messages.joined();
+    EXPECT_EQ(support::readFile(path_), before);
+}

@@ -9,6 +9,7 @@
 #include "support/Container.h"
 #include "support/FailingSystemCalls.h"
 #include "support/TempDir.h"
+#include "support/ZipBuilder.h"
 
 using iostreams::device::detail::zip_exception;
 using iostreams::zip::ArchiveReader;
@@ -337,6 +338,14 @@ TEST_F(ArchiveWriter, refusesACommentThatNoArchiveCanHold)
         EXPECT_THROW(tooLong.commit(), zip_exception);
         EXPECT_EQ(support::readFile(path_).size(), 22U + 65535U);
     }
+}
+
+TEST_F(ArchiveWriter, refusesACommentThatHidesTheEndRecord)
+{
+    Writer writer(path_, Writer::Digest::ATTACHED);
+    writer.setComment("a comment PK\5\6");
+    EXPECT_EQ(support::zipFailure(path_, [&] { writer.commit(); }),
+              "the comment holds an end record, which would be taken for the archive's own");
 }
 
 TEST_F(ArchiveWriter, keepsTheOldArchiveWhenAnyCallFails)
