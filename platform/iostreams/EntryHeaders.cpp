@@ -22,6 +22,9 @@ constexpr std::uint16_t comparedFlags =
     FLAG_ENCRYPTED | FLAG_DESCRIPTOR | FLAG_STRONG_ENCRYPTION | FLAG_MASKED_HEADERS;
 constexpr std::uint16_t madeByUnix = 3U << 8U;
 constexpr std::uint32_t attributesOfFile = 0100644U << 16U;  // st_mode of a plain file, rw-r--r--
+/// Of a directory, rwxr-xr-x, with the flag by which DOS tells one. Members that other programs list for
+/// directories would else be unpacked as something that can't be entered.
+constexpr std::uint32_t attributesOfDirectory = (0040755U << 16U) | 0x10U;
 constexpr std::size_t localZip64Bytes = 4 + 2 * 8;
 
 bool isSaturated(std::uint64_t number)
@@ -304,7 +307,7 @@ void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t s
     append16(out, 0);  // length of the comment
     append16(out, 0);  // disk
     append16(out, 0);  // internal attributes
-    append32(out, attributesOfFile);
+    append32(out, entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile);
     append32(out, saturate(storedOffset));
     out += entry.name;
     if (zip64) {

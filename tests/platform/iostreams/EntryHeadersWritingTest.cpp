@@ -49,6 +49,13 @@ TEST(EntryHeaders, writesADirectoryRecord)
                        little(0, 2) + little(0x81a40000, 4) + little(1000, 4) + "a.txt");
 }
 
+TEST(EntryHeaders, tellsWhichMembersAreDirectories)
+{
+    std::string out;
+    appendDirectoryRecord(out, entry("d/", 0, 0), 0);
+    EXPECT_EQ(out.substr(38, 4), little(0x41ed0010, 4));
+}
+
 TEST(EntryHeaders, writesZip64FieldsFromTheFirstSizeThatNeedsThem)
 {
     for (const auto& [compressedSize, size] :
