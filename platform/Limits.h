@@ -19,13 +19,15 @@ constexpr std::uint64_t DEFAULT_MAX_MEMBER_IN_MEMORY = std::uint64_t{256} << 20;
 HWDEF_API std::uint64_t maxMemberInMemory();
 /// @}
 
-/// Most processor time, in seconds, that unpacking the BOM may take when a container is opened, and all
-/// other members when their digests are computed, beside a second for each 32 MiB of the containers:
-/// thirty times what it takes when nobody means harm.
+/// Most time, in seconds, that unpacking may take: a quarter for the BOM when a container is opened, the rest
+/// for the members whose digests are computed. A second more for each 8 MiB of the containers beyond 64 MiB.
+/// Several times what it takes when nobody means harm, for most contents a hundred times.
 /// @{
 constexpr const char* MAX_UNPACK_SECONDS = "hwdef.maxUnpackSeconds";
-constexpr std::uint64_t DEFAULT_MAX_UNPACK_SECONDS = 3;
-constexpr double ARCHIVE_BYTES_PER_UNPACK_SECOND = 32 * 1024 * 1024;
+constexpr std::uint64_t DEFAULT_MAX_UNPACK_SECONDS = 4;
+constexpr std::uint64_t UNPACK_FREE_ARCHIVE_BYTES = std::uint64_t{64} << 20;
+constexpr double ARCHIVE_BYTES_PER_UNPACK_SECOND = 8 * 1024 * 1024;
+constexpr double BOM_SHARE_OF_UNPACK_SECONDS = 0.25;
 HWDEF_API std::uint64_t maxUnpackSeconds();
 /// @}
 

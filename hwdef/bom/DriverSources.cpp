@@ -5,7 +5,6 @@
 #include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
-#include <climits>
 #include <filesystem>
 #include <string_view>
 
@@ -20,6 +19,9 @@ namespace {
 // Paths of the standard library and not of Boost are compared and resolved: Boost ends the process when
 // memory runs out meanwhile.
 using Resolved = std::filesystem::path;
+
+/// So many parts of paths are resolved for the driver sources of one BOM, which takes two seconds.
+constexpr std::size_t mostParts = 1'000'000;
 
 /// Whether `path` is `dir` or lies below it; links resolved in both.
 bool liesIn(const Resolved& path, const Resolved& dir)
@@ -42,9 +44,6 @@ Resolved resolvedOrThrow(const std::string& path)
 /// The same; empty when nothing exists there.
 Resolved resolved(const std::string& path)
 {
-    if (path.size() >= PATH_MAX) {
-        return {};  // the system knows no such path, and a path object takes forty times its text
-    }
     std::error_code error;
     Resolved result = std::filesystem::canonical(path, error);
     return error ? Resolved() : result;
@@ -120,36 +119,45 @@ bool HHDFHwDefBomReader::populateDriverSource(const std::string& name)
     if (!existsOrSay(path)) {
         return false;
     }
+    // Each part of a path costs a system call to resolve.
+    resolvedParts_ += static_cast<std::size_t>(std::count(path.begin(), path.end(), '/'));
+    if (resolvedParts_ > mostParts) {
+        say(*def_, name,
+            "is one of those whose paths have more than " + std::to_string(mostParts) + " parts");
+        return false;
+    }
     const Resolved place = resolved(path);
     if (isConfined && !place.empty() && !liesIn(place, resolved(unzipDir + "/"))) {
         refuse(*def_, name, unzipDir);
         return false;
     }
-    if (walkedSources_.contains(place.native())) {
-        def_->setDriversTopDir(path);  // what a second walk would change
-        return true;
+    const auto walked = walkedSources_.find(place.native());
+    if (walked == walkedSources_.end()) {
+        const std::string failure = walkDriverFiles(path);
+        walkedSources_.emplace(place.native(), failure);
+        return failure.empty();
     }
-    if (!walkDriverFiles(path)) {
-        return false;
+    def_->setDriversTopDir(path);  // what a second walk would change
+    if (!walked->second.empty()) {
+        ComMsgMgr::sendMessage(walked->second, false);
     }
-    walkedSources_.insert(place.native());
-    return true;
+    return walked->second.empty();
 }
 
 bool HHDFHwDefBomReader::populateDriverFiles(const std::string& path)
 {
-    return !path.empty() && existsOrSay(path) && walkDriverFiles(path);
+    return !path.empty() && existsOrSay(path) && walkDriverFiles(path).empty();
 }
 
-bool HHDFHwDefBomReader::walkDriverFiles(const std::string& path)
+std::string HHDFHwDefBomReader::walkDriverFiles(const std::string& path)
 {
     def_->setDriversTopDir(path);
     try {
         registerDriverFiles(path);
-        return true;
+        return {};
     } catch (const fs::filesystem_error& failure) {
         ComMsgMgr::sendMessage(failure.what(), false);
-        return false;
+        return failure.what();
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -106,15 +106,19 @@ private:
                               const HXMLWElement* element);
     /// A File of the type DRIVER_SRC; see populateFiles.
     HWDEF_LOCAL bool populateDriverSource(const std::string& name);
-    /// populateDriverFiles behind its look whether anything is there.
-    HWDEF_LOCAL bool walkDriverFiles(const std::string& path);
+    /// populateDriverFiles behind its look whether anything is there. The reason, after it was sent, for
+    /// which it failed; else empty.
+    HWDEF_LOCAL std::string walkDriverFiles(const std::string& path);
     /// The walk itself; throws boost::filesystem::filesystem_error.
     HWDEF_LOCAL void registerDriverFiles(const std::string& path);
 
     HHDFHwDef* def_;
     HXMLWElement* root_;
-    std::set<std::string> walkedSources_;  ///< driver sources of the BOM, links resolved
-    std::string typeToken_;                ///< of the File before, which is mostly the next one's
+    /// Why walking the driver sources of the BOM failed, empty where it didn't, by their places: links
+    /// resolved.
+    std::map<std::string, std::string> walkedSources_;
+    std::size_t resolvedParts_ = 0;  ///< of the paths of driver sources
+    std::string typeToken_;          ///< of the File before, which is mostly the next one's
     HHDFHwDef::FileType type_ = HHDFHwDefFileTypes::UNKNOWN;
     std::shared_ptr<const std::string> container_;  ///< its path, for all entries, once one was read
 };

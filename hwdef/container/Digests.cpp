@@ -21,6 +21,10 @@
 namespace {
 
 constexpr std::size_t bufferBytes = 128 * 1024;
+/// Members up to this size, packed too, are digested as fast as a known digest is found.
+constexpr std::uint64_t smallBytes = 4096;
+/// So many digests take 14 MB.
+constexpr std::size_t mostRemembered = 100'000;
 
 /// A member of one archive reader: its serial number, and where the member's directory record stands.
 using MemberKey = std::pair<std::uint64_t, const char*>;
@@ -88,6 +92,9 @@ private:
             platform::ProgressWork::advance(entry.name, entry.size);
             return true;
         }
+        if (isTimeOver_ && entry.method == iostreams::zip::METHOD_DEFLATED) {
+            return false;
+        }
         if (!mayDigest(reader, entry)) {
             return refuse(reader.path() + ": member \"" + std::string(entry.name) + "\" has " +
                           std::to_string(entry.size) + " bytes, with which more are digested than the " +
@@ -97,13 +104,17 @@ private:
         try {
             addContent(reader, entry);
         } catch (const iostreams::zip::TimeError& error) {
-            return refuse(error.what());
+            isTimeOver_ = true;
+            return refuse(error.what() + std::string("; no compressed member after it is digested"));
         } catch (const iostreams::device::detail::zip_exception& error) {
             sha1_.reset();
             send(error.what());
         }
         text = sha1_.finish();
-        memberDigests_.emplace(key, text);
+        if (std::max(entry.size, entry.compressedSize) > smallBytes &&
+            memberDigests_.size() < mostRemembered) {
+            memberDigests_.emplace(key, text);
+        }
         return true;
     }
 
@@ -168,8 +179,9 @@ private:
     std::unordered_map<std::string, std::uint64_t> digestedBytes_;  // by archive
     std::map<MemberKey, std::string> memberDigests_;
     bool keptLimit_ = true;
+    bool isTimeOver_ = false;  // for compressed members
     SourceArchives archives_;
-    iostreams::zip::UnpackTime time_;
+    iostreams::zip::UnpackTime time_{1 - platform::limits::BOM_SHARE_OF_UNPACK_SECONDS};
     iostreams::zip::MemberReader content_;  // of the archives' members
     Sha1 sha1_;
     platform::Buffer buffer_{bufferBytes};

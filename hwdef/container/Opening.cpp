@@ -51,7 +51,7 @@ std::unique_ptr<ArchiveReader> openArchive(const std::string& path)
 std::string readBom(const ArchiveReader& archive, const Entry& entry)
 {
     try {
-        iostreams::zip::UnpackTime time;
+        iostreams::zip::UnpackTime time(platform::limits::BOM_SHARE_OF_UNPACK_SECONDS);
         time.allow(archive.file().size());
         return archive.read(entry, platform::limits::maxMemberInMemory(), &time);
     } catch (const iostreams::device::detail::zip_exception& error) {

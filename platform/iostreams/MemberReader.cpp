@@ -100,7 +100,7 @@ private:
     std::size_t inflate(char* buffer, std::size_t size)
     {
         for (;;) {
-            const std::size_t got = inflater_->unpack(buffer, size);
+            const std::size_t got = unpackInTime(buffer, size);
             if (inflater_->damage() != nullptr) {
                 throw error(std::string("deflated data is damaged: ") + inflater_->damage());
             }
@@ -112,21 +112,26 @@ private:
                     throw error("deflated data doesn't end within the compressed size of " +
                                 std::to_string(entry_.compressedSize));
                 }
-                inflater_->feed(nextPacked());
+                inflater_->feed(input_.next());
             }
         }
     }
 
-    std::string_view nextPacked()
+    std::size_t unpackInTime(char* buffer, std::size_t size)
     {
-        const std::string_view packed = input_.next();
-        if (time_ != nullptr && time_->isUp(packed.size())) {
+        if (time_ == nullptr) {
+            return inflater_->unpack(buffer, size);
+        }
+        if (time_->isUp()) {
             std::ostringstream reason;
             reason << "takes longer to unpack than the " << std::fixed << std::setprecision(2)
                    << time_->allowedSeconds() << " seconds allowed";
             throw TimeError(error(reason.str()).what());
         }
-        return packed;
+        const UnpackTime::Clock::time_point begin = UnpackTime::Clock::now();
+        const std::size_t got = inflater_->unpack(buffer, size);
+        time_->spend(UnpackTime::Clock::now() - begin, got);
+        return got;
     }
 
     void checkEnd()

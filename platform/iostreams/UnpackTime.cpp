@@ -1,5 +1,6 @@
 #include "platform/iostreams/UnpackTime.h"
 
+#include <algorithm>
 #include <ctime>
 
 #include "platform/Limits.h"
@@ -8,8 +9,8 @@ namespace iostreams::zip {
 
 namespace {
 
-/// Asking the clock is a system call, so it is asked after so many packed bytes: 30 ms of the slowest ones.
-constexpr std::size_t stepBytes = 64 * 1024;
+/// What any unpacked byte may take, which is less than it does.
+constexpr double freeSecondsPerByte = 1.0 / (std::uint64_t{4} << 30);
 
 double threadSeconds()
 {
@@ -20,24 +21,29 @@ double threadSeconds()
 
 }  // namespace
 
-UnpackTime::UnpackTime()
-    : allowed_(static_cast<double>(platform::limits::maxUnpackSeconds())), start_(threadSeconds())
-{
-}
+UnpackTime::UnpackTime(double share) : share_(share), start_(threadSeconds()) {}
 
 void UnpackTime::allow(std::uint64_t archiveBytes)
 {
-    allowed_ += static_cast<double>(archiveBytes) / platform::limits::ARCHIVE_BYTES_PER_UNPACK_SECOND;
+    archiveBytes_ += archiveBytes;
 }
 
-bool UnpackTime::isUp(std::size_t packedBytes)
+void UnpackTime::spend(Clock::duration time, std::size_t unpackedBytes)
 {
-    unasked_ += packedBytes;
-    if (!isUp_ && unasked_ >= stepBytes) {
-        unasked_ = 0;
-        isUp_ = threadSeconds() - start_ > allowed_;
+    const double seconds = std::chrono::duration<double>(time).count();
+    spent_ += std::max(0.0, seconds - freeSecondsPerByte * static_cast<double>(unpackedBytes));
+    // That clock runs on while others have the processor, but costs no system call.
+    if (!isUp_ && spent_ > allowedSeconds()) {
+        isUp_ = threadSeconds() - start_ > allowedSeconds();
     }
-    return isUp_;
+}
+
+double UnpackTime::allowedSeconds() const
+{
+    using namespace platform::limits;
+    const std::uint64_t beyond = archiveBytes_ - std::min(archiveBytes_, UNPACK_FREE_ARCHIVE_BYTES);
+    return share_ * (static_cast<double>(maxUnpackSeconds()) +
+                     static_cast<double>(beyond) / ARCHIVE_BYTES_PER_UNPACK_SECOND);
 }
 
 }  // namespace iostreams::zip

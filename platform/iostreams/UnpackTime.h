@@ -1,31 +1,37 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
 namespace iostreams::zip {
 
-/// A limit to the processor time that unpacking members of archives may take, for what somebody else
-/// chose to put in them. Deflate has blocks of ten bits that hold nothing and take as long as thousands of
-/// bytes: neither the packed nor the unpacked size tells how long a stream will take.
+/// A limit to the time that unpacking members of archives may take, for what somebody else chose to put in
+/// them. Deflate has blocks of ten bits that hold nothing and take as long as thousands of bytes: neither the
+/// packed nor the unpacked size tells how long a stream will take.
 ///
-/// The time is the calling thread's, from here on, with all that it does meanwhile: "hwdef.maxUnpackSeconds"
-/// and a second for each 32 MiB of the archives (platform/Limits.h). Honest members take less than a tenth of
-/// that.
+/// Only unpacking counts, not what is done with the bytes, and none of it as long as the calling thread
+/// hasn't had the processor for longer than what is allowed.
 class UnpackTime {
 public:
-    UnpackTime();
+    using Clock = std::chrono::steady_clock;
+
+    /// Allows that part of "hwdef.maxUnpackSeconds" (platform/Limits.h).
+    explicit UnpackTime(double share);
 
     /// Adds what one more archive of that many bytes may take.
     void allow(std::uint64_t archiveBytes);
-    /// Whether the time is up, before that many packed bytes are unpacked. Once it is, it stays so.
-    bool isUp(std::size_t packedBytes);
-    double allowedSeconds() const { return allowed_; }
+    /// Takes note of a step of unpacking and of what it gave.
+    void spend(Clock::duration time, std::size_t unpackedBytes);
+    /// Once it is, it stays so.
+    bool isUp() const { return isUp_; }
+    double allowedSeconds() const;
 
 private:
-    double allowed_;
-    double start_;
-    std::size_t unasked_ = 0;  ///< packed bytes since the clock was asked
+    double share_;
+    double start_;  ///< the thread's processor time, in seconds like the others
+    double spent_ = 0;
+    std::uint64_t archiveBytes_ = 0;
     bool isUp_ = false;
 };
 

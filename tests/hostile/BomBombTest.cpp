@@ -262,3 +262,51 @@ TEST(LongNames, areNotResolvedWhereNothingIs)
 
 INSTANTIATE_TEST_SUITE_P(Of, BomBomb, testing::ValuesIn(bombs),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST(DriverSources, areNotResolvedWithoutEnd)
+{
+    // Each part of such a name is a place of its own, in a container that was unpacked.
+    std::string unit = "<File Type='DRIVER_SRC' Name='";
+    for (int part = 0; part < 750; ++part) {
+        unit += "d/../";
+    }
+    unit += "d'/>";
+    const TempDir dir;
+    boost::filesystem::create_directories(dir / "design/d");
+    ASSERT_NO_FATAL_FAILURE(
+        writeContainer({"dots", "<Project Version='1' Minor='0'>", unit.c_str(), noRoot, 24'000, true}, dir));
+    const Measured measured = support::measureInChild(dir.path(), mostAddressBytes, [&] {
+        int refusals = 0;
+        ComMsgMgr::setHandler([&](const ComMsg& message) {
+            refusals += message.text.ends_with(
+                "d\" is one of those whose paths have more than 1000000 parts; not read");
+        });
+        return HHDFHwDefUtils::getHDF(dir / "design.hdf") != nullptr && refusals > 0 ? 7 : 1;
+    });
+    EXPECT_EQ(measured.exitCode, 7) << "signal " << measured.signal;
+    if (!support::isSanitized()) {
+        EXPECT_LT(measured.cpuSeconds, mostSeconds);
+    }
+}
+
+TEST(DriverSources, areWalkedOnceWhereThatFails)
+{
+    const TempDir dir;
+    boost::filesystem::create_directories(dir / "design");
+    support::writeFile(dir / "design/a", "");  // no directory
+    ASSERT_NO_FATAL_FAILURE(writeContainer({"failing", "<Project Version='1' Minor='0'>",
+                                            "<File Type='DRIVER_SRC' Name='a'/>", noRoot, 300'000, true},
+                                           dir));
+    const Measured measured = support::measureInChild(dir.path(), mostAddressBytes, [&] {
+        std::size_t failures = 0;
+        ComMsgMgr::setHandler([&](const ComMsg& message) {
+            failures += message.text.find("Not a directory") != std::string::npos ? 1 : 0;
+        });
+        // As many as are listed, and the one that tells of the missing driver.
+        return HHDFHwDefUtils::getHDF(dir / "design.hdf") != nullptr && failures > 1000 ? 7 : 1;
+    });
+    EXPECT_EQ(measured.exitCode, 7) << "signal " << measured.signal;
+    if (!support::isSanitized()) {
+        EXPECT_LT(measured.cpuSeconds, mostSeconds / 2);
+    }
+}

@@ -214,12 +214,16 @@ void changeByte(const Victim& victim, std::size_t place, Outcome& outcome)
 {
     std::string damaged = victim.bytes();
     const char right = damaged[place];
-    for (const char wrong :
-         {static_cast<char>(right ^ 0x01), static_cast<char>(right ^ 0x80), '\0', '\xff'}) {
-        damaged[place] = wrong;
-        if (wrong != right) {
-            victim.tryForm(damaged, outcome);
+    std::set<char> wrong;
+    for (const char one :
+         {char(right ^ 0x01), char(right ^ 0x80), '\0', '\xff', char(right ^ 0x10), char(right ^ 0x55)}) {
+        if (one != right && wrong.size() < 4) {
+            wrong.insert(one);
         }
+    }
+    for (const char one : wrong) {
+        damaged[place] = one;
+        victim.tryForm(damaged, outcome);
     }
 }
 

@@ -128,7 +128,7 @@ TEST_F(DigestLimit, isOneOfTimeToo)
     ZipBuilder zip;
     zip.addStored("hwdef.xml", bomDocument("Version=\"1\" Minor=\"2\" DIGEST=\"\"",
                                            "<File Name=\"a\"/><File Name=\"b\"/><File Name=\"c\"/>"));
-    zip.addDeflated("a", "first");
+    zip.addStored("a", "first");
     support::putEmptyBlocks(zip.addDeflated("b", "second"), 1'048'576);
     zip.addDeflated("c", "last");
     zip.write(path);
@@ -139,9 +139,10 @@ TEST_F(DigestLimit, isOneOfTimeToo)
     EXPECT_EQ(messages.joined(), "");
     const Parameter limit("hwdef.maxUnpackSeconds", "0");
     EXPECT_EQ(digests(overall), (Texts{{"a", "37681505833242017987295911131526384778791505571521"}}));
-    const std::string longer = "\": takes longer to unpack than the 0.03 seconds allowed\n";
     EXPECT_EQ(messages.joined(),
-              "text: " + path + ": member \"b" + longer + "text: " + path + ": member \"c" + longer);
+              "text: " + path +
+                  ": member \"b\": takes longer to unpack than the 0.00 seconds allowed; no "
+                  "compressed member after it is digested\n");
 }
 
 TEST_F(DigestLimit, countsAMemberOnceHoweverOftenItIsListed)

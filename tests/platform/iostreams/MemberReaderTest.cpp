@@ -463,7 +463,7 @@ TEST(MemberReader, keepsToATimeWhateverTheDataHolds)
     zip.addDeflated("b", "more");
     const OnDisk disk(zip);
     const support::Parameter limit("hwdef.maxUnpackSeconds", "0");
-    UnpackTime time;
+    UnpackTime time(1);
     MemberReader reader;
     reader.limitTime(&time);
     std::string buffer(10, '\0');
@@ -490,9 +490,11 @@ TEST(MemberReader, asksForNoTimeThatDataTakes)
     ZipBuilder zip;
     support::putEmptyBlocks(zip.addDeflated("a", "content"), 200'000);
     const OnDisk disk(zip);
-    UnpackTime time;
+    UnpackTime time(0.25);
     time.allow(64 << 20);
-    EXPECT_DOUBLE_EQ(time.allowedSeconds(), 5.0);
+    EXPECT_DOUBLE_EQ(time.allowedSeconds(), 1.0);
+    time.allow(32 << 20);
+    EXPECT_DOUBLE_EQ(time.allowedSeconds(), 2.0);
     MemberReader reader;
     reader.limitTime(&time);
     reader.open(disk.archive(), disk.first());
