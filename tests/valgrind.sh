@@ -3,8 +3,9 @@
 # a time.
 set -eu
 dir=$1 jobs=$2
-# Not run, because valgrind changes what they look at: memory of their own process, and threads side by side.
-left_out='Bomb BomSizeOf Soak Allocations Limits Threads'
+# Not run, because valgrind changes what they look at: memory and time of their own process, and threads side by
+# side.
+left_out='Bomb LongNames DriverSources BomSizeOf Soak Allocations Limits Threads'
 tests_left_out='*.*AllocationFailed*'
 # Because they take hours: thousands of processes or repetitions of what other tests do once,
 left_out="$left_out KilledProcess FailedCalls Damage Collision Differential"
