@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "support/Container.h"
 #include "support/TempDir.h"
 #include "tools/Command.h"
 #include "tools/Designs.h"
@@ -36,14 +37,14 @@ int runInShell(const TempDir& dir, const std::string& line)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// What bash offers for a line.
-std::string offered(const TempDir& dir, const std::string& line)
+/// What bash offers for a line, with a variable in its environment.
+std::string offered(const TempDir& dir, const std::string& line, const std::string& variable = "LC_ALL=C")
 {
     support::writeFile(dir / "offer.bash",
                        "compopt() { :; }\n. " HWDEF_COMPLETIONS
                        "/hwdef.bash\n"
                        "COMP_LINE=$1 COMP_POINT=${#1}\n_hwdef\nprintf '%s\\n' \"${COMPREPLY[*]}\" >offer\n");
-    EXPECT_EQ(runInShell(dir, "bash offer.bash '" + line + "'"), 0);
+    EXPECT_EQ(runInShell(dir, variable + " bash offer.bash '" + line + "'"), 0);
     return support::readFile(dir / "offer");
 }
 
@@ -132,6 +133,26 @@ TEST(Complete, servesBash)
     EXPECT_EQ(offered(dir, "hwdef cat design.hdf top"), "top.hwh top.bit\n");
     EXPECT_EQ(offered(dir, "hwdef build in/top.bit:BI"), "BIT\n");
     EXPECT_EQ(offered(dir, "hwdef info des"), "design.hdf\n");
+}
+
+TEST(Complete, quotesForBashWhatAContainerNames)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "sp ace.hdf", {{"hwdef.xml", support::bomOfFiles("0", {"my file.bit"})},
+                                               {"my file.bit", "bits"},
+                                               {"my=$(touch${IFS}pwned)=", "evil"},
+                                               {"readme$(touch${IFS}pwned)", "evil"}});
+    EXPECT_EQ(offered(dir, "hwdef cat sp\\ ace.hdf re"), "readme\\$\\(touch\\$\\{IFS\\}pwned\\)\n");
+    EXPECT_EQ(offered(dir, "hwdef cat sp\\ ace.hdf my\\ "), "my\\ file.bit\n");
+    EXPECT_EQ(offered(dir, "hwdef cat sp\\ ace.hdf my="), "\\$\\(touch\\$\\{IFS\\}pwned\\)=\n");
+    EXPECT_EQ(offered(dir, "hwdef build a\\ b.bit:BI"), "BIT\n");
+}
+
+TEST(Complete, findsContainersOfBashInTheHomeDirectory)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    EXPECT_EQ(offered(dir, "hwdef cat ~/design.hdf top", "HOME=" + dir.path()), "top.hwh top.bit\n");
 }
 
 TEST(Complete, servesZsh)

@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Prints what the last word of a command line may become, one candidate a line; for the shells. A line
-/// that is a kind of path in angle brackets asks the shell for such paths.
+/// Prints what the last word of a command line may become, one candidate a line and unquoted; for the
+/// shells. A line that is a kind of path in angle brackets asks the shell for such paths.
 class Complete : public Verb {
 public:
     Complete()
@@ -216,7 +216,8 @@ ExitCode Complete::run(Output& output)
     const std::string last = words_.empty() ? "" : words_.back();
     try {
         for (const std::string& word : candidatesFor(words_)) {
-            // What a shell or a terminal could take for something else isn't offered.
+            // A control character would break the list, or reach the terminal. All else is offered as it is:
+            // quoting for its own command line is the shell's part.
             const bool isPlain = std::none_of(word.begin(), word.end(), [](char letter) {
                 return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7f;
             });
