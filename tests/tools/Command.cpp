@@ -95,4 +95,17 @@ CommandRun runOnTerminal(const std::string& dir, const std::vector<std::string>&
     return run;
 }
 
+void expectDone(const CommandRun& run)
+{
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "");
+}
+
+void expectError(const CommandRun& run, const std::string& text)
+{
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.error, "hwdef: error: " + text + "\n");
+}
+
 }  // namespace tools

@@ -29,4 +29,9 @@ inline bool contains(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
+/// Expects that a run did what was asked, without a word on standard error.
+void expectDone(const CommandRun& run);
+/// Expects that a run failed with that text, and told nothing else.
+void expectError(const CommandRun& run, const std::string& text);
+
 }  // namespace tools
