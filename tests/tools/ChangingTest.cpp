@@ -139,6 +139,24 @@ TEST(Build, keepsTheOldContainerWhenItFails)
     EXPECT_EQ(dir.list(), "out.hdf top.bit");
 }
 
+TEST(Build, leavesWhatItPacksAlone)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    expectDone(runCommand(dir.path(), {"explode", "design.hdf", "parts"}));
+    const auto expectKept = [&](const std::string& path, std::vector<std::string> inputs) {
+        const std::string before = readFile(dir / path);
+        inputs.insert(inputs.begin(), {"build", "-o", path});
+        expectError(runCommand(dir.path(), inputs), path + ": is one of the files to pack");
+        EXPECT_EQ(readFile(dir / path), before);
+    };
+    expectKept("in/top.bit", {"in/../in/top.bit:BIT"});
+    expectKept("in/gpio_v1/src/gpio.c", {"in/top.bit:BIT", "--driver", "gpio=in/gpio_v1"});
+    expectKept("parts/recipe.json", {"parts/recipe.json"});
+    expectKept("parts/top.bit", {"parts/recipe.json"});
+    expectKept("parts/drivers/gpio_v1/src/gpio.c", {"parts/recipe.json"});
+}
+
 TEST(Build, saysWhereARecipeIsWrong)
 {
     const TempDir dir;

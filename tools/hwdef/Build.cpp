@@ -55,6 +55,7 @@ private:
     Recipe recipe() const;
     void checkMaySet(const Recipe& recipe) const;
     void setFileAttributes(Recipe& recipe) const;
+    void checkOutput(const Recipe& recipe) const;
 
     std::vector<std::string> inputs_;
     std::string output_;
@@ -166,6 +167,27 @@ Recipe Build::recipe() const
     return recipe;
 }
 
+/// What is packed must not be replaced by the container.
+void Build::checkOutput(const Recipe& recipe) const
+{
+    const auto check = [this](const std::string& input) {
+        std::error_code error;
+        if (fs::equivalent(input, output_, error)) {
+            throw CommandError(printable(output_) + ": is one of the files to pack");
+        }
+    };
+    if (isFromRecipe()) {
+        check(inputs_.front());
+    }
+    check(recipe.bomPath);
+    for (const Recipe::Member& member : membersOf(recipe)) {
+        check(member.path);
+    }
+    for (const Recipe::Member& member : recipe.members) {
+        check(member.path);
+    }
+}
+
 ExitCode Build::run(Output& output)
 {
     if (output_.empty()) {
@@ -173,6 +195,7 @@ ExitCode Build::run(Output& output)
     }
     const Recipe recipe = this->recipe();
     checkNames(recipe);
+    checkOutput(recipe);
     warnOfDrivers(recipe);
     cook(recipe, output_, nullptr);
     const HHDFHwDefArchive written(output_);
