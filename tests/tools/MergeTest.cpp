@@ -73,3 +73,19 @@ TEST(Merge, refusesDifferentBytesWhenItIsStrict)
     expectError(runCommand(dir.path(), {"merge", "design.hdf", "gone.hdf", "-o", "all.hdf"}),
                 "gone.hdf: there is no such file");
 }
+
+TEST(Merge, findsDifferentFilesOfADriver)
+{
+    const TempDir dir;
+    // The library packs them without the directory that the bill of materials has in front.
+    for (const std::string name : {"a", "b"}) {
+        writeFile(dir / name + "/gpio/x.mdd", "driver " + name);
+        const auto def = HHDFHwDefUtils::createHDF(dir / name + ".hdf");
+        def->addDrivers("gpio", {{dir / name + "/gpio/x.mdd", "gpio/x.mdd", ""}});
+        ASSERT_TRUE(def->write(true));
+    }
+    ASSERT_EQ(support::memberOf(dir / "b.hdf", "gpio/x.mdd"), "driver b");
+    const CommandRun run = runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "--strict", "-n"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(contains(run.out, "  file    drivers/gpio/x.mdd  different  from b.hdf\n")) << run.out;
+}

@@ -56,9 +56,13 @@ struct Meeting {
     bool isSame = true;                   ///< content, list of files, or value
 };
 
-/// What one container brings under a name: its own path, and a text that stands for the content.
+using Member = HHDFHwDefArchive::Member;
+
+/// What one container brings under a name: of a file the member, null when it is missing; of others a text
+/// that stands for the content.
 struct Brought {
     const Container* container;
+    const Member* member;
     std::string value;
 };
 using BroughtByName = std::map<std::string, std::vector<Brought>>;
@@ -88,24 +92,22 @@ private:
 };
 
 /// Whether only reading can tell the two apart.
-bool isAlike(const HHDFHwDefArchive::Member& first, const HHDFHwDefArchive::Member& second)
+bool isAlike(const Member& first, const Member& second)
 {
     return first.sizeBytes == second.sizeBytes && first.crc == second.crc;
 }
 
-bool hasSameBytes(const std::string& name, const Container& left, const Container& right, OwnWork& work)
+bool hasSameBytes(const Brought& left, const Brought& right, OwnWork& work)
 {
-    const auto* const first = left.archive->find(name);
-    const auto* const second = right.archive->find(name);
-    if (first == nullptr || second == nullptr) {
-        return first == second;
+    if (left.member == nullptr || right.member == nullptr) {
+        return left.member == right.member;
     }
-    if (!isAlike(*first, *second)) {
+    if (!isAlike(*left.member, *right.member)) {
         return false;
     }
     // The same checksum is no proof of the same bytes.
-    Content content(name, left.path);
-    Content other(name, right.path);
+    Content content(left.member->name, left.container->path);
+    Content other(right.member->name, right.container->path);
     for (;;) {
         const std::string_view bytes = content.next();
         if (bytes != other.next()) {
@@ -114,16 +116,15 @@ bool hasSameBytes(const std::string& name, const Container& left, const Containe
         if (bytes.empty()) {
             return true;
         }
-        work.advance(name, bytes.size());
+        work.advance(left.member->name, bytes.size());
     }
 }
 
-bool isSame(const char* kind, const std::string& name, const std::vector<Brought>& all, OwnWork& work)
+bool isSame(const char* kind, const std::vector<Brought>& all, OwnWork& work)
 {
     for (std::size_t i = 1; i < all.size(); ++i) {
-        const bool isEqual = std::string_view(kind) == "file"
-                                 ? hasSameBytes(name, *all.front().container, *all[i].container, work)
-                                 : all.front().value == all[i].value;
+        const bool isEqual = std::string_view(kind) == "file" ? hasSameBytes(all.front(), all[i], work)
+                                                              : all.front().value == all[i].value;
         if (!isEqual) {
             return false;
         }
@@ -136,9 +137,9 @@ OwnWork comparison(const BroughtByName& files)
 {
     std::uint64_t totalBytes = 0;
     for (const auto& [name, all] : files) {
-        const auto* const first = all.front().container->archive->find(name);
+        const auto* const first = all.front().member;
         for (std::size_t i = 1; first != nullptr && i < all.size(); ++i) {
-            const auto* const other = all[i].container->archive->find(name);
+            const auto* const other = all[i].member;
             totalBytes += other != nullptr && isAlike(*first, *other) ? other->sizeBytes : 0;
         }
     }
@@ -152,7 +153,7 @@ void addMeetings(const char* kind, const BroughtByName& brought, OwnWork& work,
         if (all.size() < 2) {
             continue;
         }
-        Meeting meeting = {kind, name, {}, isSame(kind, name, all, work)};
+        Meeting meeting = {kind, name, {}, isSame(kind, all, work)};
         for (const Brought& one : all) {
             meeting.containers.push_back(one.container->path);
         }
@@ -160,12 +161,11 @@ void addMeetings(const char* kind, const BroughtByName& brought, OwnWork& work,
     }
 }
 
-void bring(BroughtByName& brought, const std::string& name, const Container& container,
-           const std::string& value)
+void bring(BroughtByName& brought, const std::string& name, const Brought& one)
 {
     auto& all = brought[name];
-    if (all.empty() || all.back().container != &container) {
-        all.push_back({&container, value});
+    if (all.empty() || all.back().container != one.container) {
+        all.push_back(one);
     }
 }
 
@@ -176,20 +176,21 @@ std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
     BroughtByName attributes;
     for (const Container& container : containers) {
         for (const HHDFHwDefFile* file : container.files()) {
-            bring(files, file->getFileName(), container, "");
+            const std::string name = file->getFileName();
+            bring(files, name, {&container, container.archive->find(name), ""});
         }
         for (const auto& [name, list] : container.definition->getDriverFilesMap()) {
             std::string names;
             for (const HHDFHwDefDriver& file : list) {
                 names += file.getRelativeName() + '\n';
-                bring(files, file.getRelativeName(), container, "");
+                bring(files, file.getRelativeName(), {&container, container.driverMember(file), ""});
             }
-            bring(drivers, name, container, names);
+            bring(drivers, name, {&container, nullptr, names});
         }
         HHDFHwDef::Texts texts;
         container.definition->getWDIAttrs(texts);
         for (const auto& [name, value] : texts) {
-            bring(attributes, name, container, value);
+            bring(attributes, name, {&container, nullptr, value});
         }
     }
     std::vector<Meeting> meetings;
