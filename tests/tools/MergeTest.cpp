@@ -89,3 +89,47 @@ TEST(Merge, findsDifferentFilesOfADriver)
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_TRUE(contains(run.out, "  file    drivers/gpio/x.mdd  different  from b.hdf\n")) << run.out;
 }
+
+TEST(Merge, comparesTheBytesOfFilesWithTheSameChecksum)
+{
+    const TempDir dir;
+    const std::string many(300000, 'x');
+    // Two words of one length and one CRC-32, also behind the same other bytes.
+    const std::string word = "plumless";
+    const std::string otherWord = "buckeroo";
+    const auto write = [&](const std::string& path, const std::string& name, const std::string& bytes) {
+        // Not all of these names can be those of files in one directory.
+        support::Members members = {
+            {"hwdef.xml",
+             support::bomDocument(
+                 "Version='1' Minor='0'",
+                 "<File Type='BIT' Name='big'/><File Type='BIT' Name='other'/>"
+                 "<DRIVERS><DRIVER IP_VLNV='gpio'><File PATH='drivers/a'/><File PATH='drivers/a/b'/>"
+                 "<File PATH='drivers/./c'/><File PATH='drivers/c'/></DRIVER></DRIVERS>")}};
+        for (const char* const same : {"drivers/a", "drivers/a/b", "drivers/./c", "drivers/c"}) {
+            members.emplace_back(same, word);
+        }
+        members.emplace_back("big", many + word);
+        members.emplace_back("other", word);
+        for (auto& [member, content] : members) {
+            content = member == name ? bytes : content;
+        }
+        support::writeArchive(path, members);
+    };
+    write(dir / "1.hdf", "", "");
+    write(dir / "2.hdf", "", "");
+    write(dir / "3.hdf", "other", otherWord);
+    write(dir / "4.hdf", "big", many + otherWord);
+    write(dir / "5.hdf", "drivers/a/b", otherWord);
+    write(dir / "6.hdf", "drivers/./c", otherWord);
+    const auto expectCode = [&](const std::vector<std::string>& files, int code) {
+        std::vector<std::string> words = {"merge", "-n"};
+        words.insert(words.end(), files.begin(), files.end());
+        EXPECT_EQ(runCommand(dir.path(), words).exitCode, code) << files.back();
+    };
+    expectCode({"1.hdf", "2.hdf"}, 0);
+    expectCode({"1.hdf", "2.hdf", "3.hdf"}, 1);
+    expectCode({"1.hdf", "4.hdf", "2.hdf"}, 1);
+    expectCode({"5.hdf", "1.hdf"}, 1);
+    expectCode({"6.hdf", "1.hdf"}, 1);
+}

@@ -1,13 +1,12 @@
-#include <array>
+#include <algorithm>
 #include <map>
 
 #include "CommandError.h"
 #include "Container.h"
+#include "MemberComparison.h"
 #include "Messages.h"
-#include "ProgressLine.h"
 #include "Text.h"
 #include "Verb.h"
-#include "platform/iostreams/zip.h"
 
 namespace {
 
@@ -67,97 +66,55 @@ struct Brought {
 };
 using BroughtByName = std::map<std::string, std::vector<Brought>>;
 
-class Content {
-public:
-    Content(const std::string& member, const std::string& file) : source_(member, file) {}
-
-    /// The next bytes, as many as there are up to a fixed number.
-    std::string_view next()
-    {
-        std::size_t size = 0;
-        while (size < buffer_.size()) {
-            const std::streamsize count =
-                source_.read(buffer_.data() + size, static_cast<std::streamsize>(buffer_.size() - size));
-            if (count < 0) {
-                break;
-            }
-            size += static_cast<std::size_t>(count);
-        }
-        return {buffer_.data(), size};
-    }
-
-private:
-    iostreams::device::file_source source_;
-    std::array<char, 64 * 1024> buffer_;
-};
-
-/// Whether only reading can tell the two apart.
-bool isAlike(const Member& first, const Member& second)
+bool isOfOneValue(const std::vector<Brought>& all)
 {
-    return first.sizeBytes == second.sizeBytes && first.crc == second.crc;
+    return std::all_of(all.begin(), all.end(),
+                       [&](const Brought& one) { return one.value == all.front().value; });
 }
 
-bool hasSameBytes(const Brought& left, const Brought& right, OwnWork& work)
+/// Whether files of one name are the same as far as there is nothing to compare: their members are all
+/// there or all missing.
+bool isOfOnePresence(const std::vector<Brought>& all)
 {
-    if (left.member == nullptr || right.member == nullptr) {
-        return left.member == right.member;
-    }
-    if (!isAlike(*left.member, *right.member)) {
-        return false;
-    }
-    // The same checksum is no proof of the same bytes.
-    Content content(left.member->name, left.container->path);
-    Content other(right.member->name, right.container->path);
-    for (;;) {
-        const std::string_view bytes = content.next();
-        if (bytes != other.next()) {
-            return false;
-        }
-        if (bytes.empty()) {
-            return true;
-        }
-        work.advance(left.member->name, bytes.size());
-    }
+    return std::all_of(all.begin(), all.end(), [&](const Brought& one) {
+        return (one.member == nullptr) == (all.front().member == nullptr);
+    });
 }
 
-bool isSame(const char* kind, const std::vector<Brought>& all, OwnWork& work)
-{
-    for (std::size_t i = 1; i < all.size(); ++i) {
-        const bool isEqual = std::string_view(kind) == "file" ? hasSameBytes(all.front(), all[i], work)
-                                                              : all.front().value == all[i].value;
-        if (!isEqual) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// What comparing the contents of files that meet will read, of one side.
-OwnWork comparison(const BroughtByName& files)
-{
-    std::uint64_t totalBytes = 0;
-    for (const auto& [name, all] : files) {
-        const auto* const first = all.front().member;
-        for (std::size_t i = 1; first != nullptr && i < all.size(); ++i) {
-            const auto* const other = all[i].member;
-            totalBytes += other != nullptr && isAlike(*first, *other) ? other->sizeBytes : 0;
-        }
-    }
-    return OwnWork(totalBytes);
-}
-
-void addMeetings(const char* kind, const BroughtByName& brought, OwnWork& work,
-                 std::vector<Meeting>& meetings)
+void addMeetings(const char* kind, const BroughtByName& brought, std::vector<Meeting>& meetings)
 {
     for (const auto& [name, all] : brought) {
         if (all.size() < 2) {
             continue;
         }
-        Meeting meeting = {kind, name, {}, isSame(kind, all, work)};
+        Meeting meeting = {kind, name, {}, isOfOneValue(all) && isOfOnePresence(all)};
         for (const Brought& one : all) {
             meeting.containers.push_back(one.container->path);
         }
         meetings.push_back(meeting);
+    }
+}
+
+/// Compares the contents of files that meet, of which the meetings begin with those.
+void compareFiles(const BroughtByName& files, std::vector<Meeting>& meetings)
+{
+    std::vector<MemberPair> pairs;
+    std::vector<Meeting*> places;  // of the pairs
+    std::size_t index = 0;
+    for (const auto& [name, all] : files) {
+        if (all.size() < 2) {
+            continue;
+        }
+        Meeting& meeting = meetings[index++];
+        const Brought& first = all.front();
+        for (std::size_t i = 1; i < all.size() && meeting.isSame && first.member != nullptr; ++i) {
+            pairs.push_back({{first.container, first.member}, {all[i].container, all[i].member}});
+            places.push_back(&meeting);
+        }
+    }
+    compareBytes(pairs);
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        places[i]->isSame = places[i]->isSame && pairs[i].isSame;
     }
 }
 
@@ -194,10 +151,10 @@ std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
         }
     }
     std::vector<Meeting> meetings;
-    OwnWork work = comparison(files);
-    addMeetings("file", files, work, meetings);
-    addMeetings("driver", drivers, work, meetings);
-    addMeetings("attribute", attributes, work, meetings);
+    addMeetings("file", files, meetings);
+    compareFiles(files, meetings);
+    addMeetings("driver", drivers, meetings);
+    addMeetings("attribute", attributes, meetings);
     return meetings;
 }
 
