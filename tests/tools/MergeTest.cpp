@@ -1,6 +1,8 @@
 // The verb that merges containers: what it tells, writes and refuses.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "hwdef/hwdef.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
@@ -132,4 +134,22 @@ TEST(Merge, comparesTheBytesOfFilesWithTheSameChecksum)
     expectCode({"1.hdf", "4.hdf", "2.hdf"}, 1);
     expectCode({"5.hdf", "1.hdf"}, 1);
     expectCode({"6.hdf", "1.hdf"}, 1);
+}
+
+TEST(Merge, refusesToHideThatAnArchiveWasChanged)
+{
+    const TempDir dir;
+    writeMeeting(dir);
+    std::string bytes = readFile(dir / "overlay.hdf");  // it ends in the digest
+    bytes.back() = bytes.back() == '0' ? '1' : '0';
+    writeFile(dir / "overlay.hdf", bytes);
+    const std::vector<std::string> words = {"merge", "design.hdf", "overlay.hdf", "-o", "all.hdf"};
+    expectError(
+        runCommand(dir.path(), words),
+        "overlay.hdf: the archive was changed after it was written: its digest is wrong; --force merges "
+        "it all the same");
+    EXPECT_FALSE(std::filesystem::exists(dir / "all.hdf"));
+    std::vector<std::string> forced = words;
+    forced.push_back("--force");
+    EXPECT_EQ(runCommand(dir.path(), forced).exitCode, 0);
 }

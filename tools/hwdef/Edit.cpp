@@ -1,22 +1,12 @@
 #include "Edit.h"
 
 #include "CommandError.h"
+#include "ProgressLine.h"
 #include "Text.h"
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
 
 namespace {
-
-/// A digest that is recorded anew would hide that the old one was wrong.
-void checkDigest(const Container& container)
-{
-    if (container.archive->hasDigest() && HUTZip::checkIntegrity(HUTFile(container.path)) != HUTZip::INTACT) {
-        throw CommandError(
-            printable(container.path) +
-            ": the archive was changed after it was written: its digest is wrong; --force edits it "
-            "all the same, and records a new digest");
-    }
-}
 
 void checkBom(const Recipe& recipe, const Container& container)
 {
@@ -37,13 +27,22 @@ void defineLeave(Arguments& arguments, EditLeave& leave)
     arguments.flag("--force", leave.toBless, "Edit an archive whose digest is wrong");
 }
 
+void checkDigest(const Container& container, const std::string& leave)
+{
+    if (container.archive->hasDigest() && HUTZip::checkIntegrity(HUTFile(container.path)) != HUTZip::INTACT) {
+        OwnWork::endIfAsked();
+        throw CommandError(printable(container.path) +
+                           ": the archive was changed after it was written: its digest is wrong; " + leave);
+    }
+}
+
 void editContainer(const std::string& path, const EditLeave& leave,
                    const std::function<void(Recipe&)>& change)
 {
     const Container container = openContainer(path);
     Recipe recipe = recipeOf(container);
     if (!leave.toBless) {
-        checkDigest(container);
+        checkDigest(container, "--force edits it all the same, and records a new digest");
     }
     if (!leave.toRewriteBom) {
         checkBom(recipe, container);

@@ -15,6 +15,10 @@ struct EditLeave {
 /// The options by which a user gives leave.
 void defineLeave(Arguments& arguments, EditLeave& leave);
 
+/// Throws CommandError for an archive whose digest is wrong, which a digest that is recorded anew would hide;
+/// `leave` tells what --force does.
+void checkDigest(const Container& container, const std::string& leave);
+
 /// Changes the recipe of the container at `path` and writes it in its place. Members that the change leaves
 /// alone keep their bytes as they are compressed, and the BOM all that it says. Throws CommandError and
 /// HEXAll; the container is then as it was.

@@ -3,6 +3,7 @@
 
 #include "CommandError.h"
 #include "Container.h"
+#include "Edit.h"
 #include "MemberComparison.h"
 #include "Messages.h"
 #include "Text.h"
@@ -32,6 +33,7 @@ public:
         arguments.option("-o,--output", "OUT", Kind::FILE, output_, "The container to write");
         arguments.flag("-n,--dry-run", isDryRun_, "Write nothing");
         arguments.flag("--strict", isStrict_, "Refuse files of one name with different bytes");
+        arguments.flag("--force", isForced_, "Merge an archive whose digest is wrong");
     }
 
     ExitCode run(Output& output) override;
@@ -43,6 +45,7 @@ private:
     std::string output_;
     bool isDryRun_ = false;
     bool isStrict_ = false;
+    bool isForced_ = false;
 };
 
 const Registration<Merge> registration;
@@ -262,6 +265,9 @@ ExitCode Merge::run(Output& output)
     std::vector<Container> containers;
     for (const std::string& file : files_) {
         containers.push_back(openContainer(file));
+        if (!isForced_) {
+            checkDigest(containers.back(), "--force merges it all the same");
+        }
     }
     const auto meetings = meetingsOf(containers);
     const bool isRefused = isStrict_ && haveConflict(meetings);
