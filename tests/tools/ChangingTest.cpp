@@ -95,6 +95,21 @@ TEST(Build, addsADriverOfADirectory)
     EXPECT_EQ(def->getDriverFilesMap().at("vendor:ip:gpio").size(), 2U);
 }
 
+TEST(Build, losesNoFileOfTwoDriversWithOneDirectoryName)
+{
+    const TempDir dir;
+    writeFile(dir / "top.bit", "bits");
+    for (const char* const parent : {"d1", "d2"}) {
+        writeFile(dir / parent + "/gpio/gpio.mdd", parent);
+    }
+    expectError(runCommand(dir.path(), {"build", "-o", "design.hdf", "top.bit:BIT", "--driver", "one=d1/gpio",
+                                        "--driver", "two=d2/gpio"}),
+                "\"drivers/gpio/gpio.mdd\" is the name of two members");
+    EXPECT_EQ(dir.list(), "d1 d2 top.bit");
+    expectDone(runCommand(dir.path(), {"build", "-o", "design.hdf", "top.bit:BIT", "--driver", "one=d1/gpio",
+                                       "--driver", "two=d1/gpio"}));
+}
+
 TEST(Build, warnsOfADriverWithoutDescription)
 {
     const TempDir dir;

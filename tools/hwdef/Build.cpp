@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <filesystem>
-#include <set>
+#include <map>
 
 #include "CommandError.h"
 #include "Messages.h"
@@ -91,10 +91,21 @@ Recipe::Driver driverOf(const std::string& text)
 
 void checkNames(const Recipe& recipe)
 {
-    std::set<std::string> names = {"hwdef.xml", "sysdef.xml"};
+    const auto refuse = [](const std::string& name) {
+        throw CommandError("\"" + printable(name) + "\" is the name of two members");
+    };
+    std::map<std::string, std::string> paths = {{"hwdef.xml", ""}, {"sysdef.xml", ""}};
     for (const Recipe::File& file : recipe.files) {
-        if (!names.insert(file.name).second) {
-            throw CommandError("\"" + printable(file.name) + "\" is the name of two members");
+        if (!paths.emplace(file.name, file.path).second) {
+            refuse(file.name);
+        }
+    }
+    for (const Recipe::Driver& driver : recipe.drivers) {
+        for (const Recipe::DriverFile& file : driver.files) {
+            // One file may belong to several drivers.
+            if (paths.emplace(file.name, file.path).first->second != file.path) {
+                refuse(file.name);
+            }
         }
     }
 }
