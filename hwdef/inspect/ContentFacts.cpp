@@ -6,10 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "hwdef/bom/BomNames.h"
+#include "hwdef/bom/Elements.h"
 #include "hwdef/container/SourceArchives.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "platform/ArchiveDigest.h"
 #include "platform/Buffer.h"
+#include "platform/HXMLWInterface.h"
 #include "platform/Limits.h"
 #include "platform/ProgressWork.h"
 #include "platform/iostreams/MemberReader.h"
@@ -23,6 +26,30 @@ namespace {
 constexpr std::size_t bufferBytes = 128 * 1024;
 constexpr const char* missing = "missing";
 
+/// Nothing of a document of another version is read, and two of such would seem to be the same.
+void checkVersion(const std::string& path)
+{
+    const ArchiveReader archive(path);
+    const Entry* const preferred = archive.find("hwdef.xml");
+    const Entry* const entry = preferred == nullptr ? archive.find("sysdef.xml") : preferred;
+    HXMLWInterface document;
+    if (entry != nullptr) {
+        document.readFromBuffer(archive.read(*entry, platform::limits::maxMemberInMemory()));
+    }
+    const std::string version = bom::attributeOf(document.getRootElement(), bom::attribute::VERSION);
+    if (version != "1") {
+        throw HEXAll(path + ": the version of the BOM is \"" + version + "\", \"1\" is known");
+    }
+}
+
+/// Whether there is anything that was read for sure.
+bool isFilled(const HHDFHwDef& definition)
+{
+    std::vector<HHDFHwDefFile*> files;
+    definition.getBomFiles(files);
+    return !files.empty() || !definition.getDriverFilesMap().empty();
+}
+
 std::unique_ptr<HHDFHwDef> open(const std::string& path)
 {
     const char* what = "";
@@ -30,6 +57,9 @@ std::unique_ptr<HHDFHwDef> open(const std::string& path)
         std::unique_ptr<HHDFHwDef> definition = HHDFHwDefUtils::getHDF(path);
         if (definition == nullptr) {
             throw HEXAll(path + ": the container can't be opened");
+        }
+        if (!isFilled(*definition)) {
+            checkVersion(path);
         }
         return definition;
     } catch (const std::logic_error&) {

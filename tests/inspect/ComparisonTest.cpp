@@ -201,12 +201,15 @@ TEST(Comparison, refusesWhatCantBeOpenedOrRead)
     zip.addStored("hwdef.xml", bomDocument("Version='1' Minor='x'", ""));
     zip.write(dir / "number.hdf");
     zip.members.clear();
+    zip.addStored("hwdef.xml", bomDocument("Version='2' Minor='0'", listsA));
+    zip.write(dir / "version.hdf");
+    zip.members.clear();
     zip.addStored("hwdef.xml", bomDocument(version, listsA));
     support::ZipMember& member = zip.addStored("a.bit", "bits");
     member.local.crc = member.listed.crc = 1;
     zip.write(dir / "crc.hdf");
     std::vector<HHDFDifference> differences(1);
-    for (const char* name : {"missing.hdf", "number.hdf", "crc.hdf"}) {
+    for (const char* name : {"missing.hdf", "number.hdf", "version.hdf", "crc.hdf"}) {
         const support::Messages messages;
         EXPECT_FALSE(HHDFInspect::compare(dir / "a.hdf", dir / name, differences));
         EXPECT_TRUE(differences.empty());

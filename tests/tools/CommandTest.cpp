@@ -288,6 +288,29 @@ CommandRun interrupted(const TempDir& dir, const std::vector<std::string>& words
 
 }  // namespace
 
+TEST(Command, refusesABomOfAnotherVersion)
+{
+    const TempDir dir;
+    const std::string file = "<File Type='BIT' Name='a.bit'/>";
+    for (const char* const name : {"a.hdf", "b.hdf"}) {
+        support::writeArchive(dir / name, {{"hwdef.xml", support::bomDocument("Version='2' Minor='0'", file)},
+                                           {"a.bit", name}});
+    }
+    support::writeArchive(dir / "none.hdf", {{"hwdef.xml", support::bomDocument("Minor='0'", file)}});
+    const std::string text =
+        "hwdef: error: a.hdf: its bill of materials has version 2, which this hwdef doesn't know\n";
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"info", "a.hdf"},
+                                                  {"diff", "a.hdf", "b.hdf"},
+                                                  {"digest", "a.hdf"},
+                                                  {"set", "a.hdf", "part=x", "--rewrite-bom"}}) {
+        const CommandRun run = runCommand(dir.path(), words);
+        EXPECT_EQ(run.exitCode, 2) << words.front();
+        EXPECT_EQ(run.error, text) << words.front();
+    }
+    EXPECT_EQ(runCommand(dir.path(), {"info", "none.hdf"}).error,
+              "hwdef: error: none.hdf: its bill of materials has no version\n");
+}
+
 TEST(Command, showsProgressOnATerminalAndEndsWithoutATrace)
 {
     const LongWork work;

@@ -11,6 +11,7 @@
 #include "CommandError.h"
 #include "Messages.h"
 #include "Text.h"
+#include "platform/HXMLWInterface.h"
 
 namespace fs = std::filesystem;
 
@@ -152,6 +153,25 @@ std::unique_ptr<HHDFHwDef> tryToOpen(const std::string& path)
     }
 }
 
+/// Nothing of a document of another version is read, which leaves a definition as empty as a new one.
+void checkVersion(const Container& container)
+{
+    if (!container.files().empty() || !container.definition->getDriverFilesMap().empty()) {
+        return;
+    }
+    HXMLWInterface document;
+    document.readFromBuffer(HHDFHwDefUtils::getFileBufferFromHDF(container.bomName(), container.path));
+    const HXMLWElement* const root = document.getRootElement();
+    const char* const version = root == nullptr ? nullptr : root->getAttribute("Version");
+    if (version == nullptr) {
+        throw failure(container.path, "its bill of materials has no version");
+    }
+    if (std::string_view(version) != "1") {
+        throw failure(container.path, "its bill of materials has version " + printable(version) +
+                                          ", which this hwdef doesn't know");
+    }
+}
+
 }  // namespace
 
 std::string kindOf(const std::string& path)
@@ -245,6 +265,7 @@ Container openContainer(const std::string& path)
     }
     container.archive = std::make_unique<HHDFHwDefArchive>(path);
     messages.tellAll();
+    checkVersion(container);
     return container;
 }
 
