@@ -112,7 +112,8 @@ std::string examples(const VerbText& text)
 constexpr const char* exitStatus =
     ".SH \"EXIT STATUS\"\n.TP\n0\nDone; sound; the same.\n.TP\n1\nThere are findings or differences.\n"
     ".TP\n2\nWrong usage, or what was asked can't be done.\n"
-    ".TP\n128 and a signal's number\nIt was interrupted; files are as they were before.\n";
+    ".TP\n128 and a signal's number\nIt was interrupted. No file is left in part; members written before "
+    "stay. 141: nobody reads what it writes; its work may be done.\n";
 
 std::string pageOf(Verb& verb)
 {
@@ -140,7 +141,8 @@ std::string overview()
         }
     }
     return text + exitStatus +
-           ".SH ENVIRONMENT\n.TP\nNO_COLOR\nWhen it is set to anything, no colours are used unless they are "
+           ".SH ENVIRONMENT\n.TP\nNO_COLOR\nWhen it is set to anything but the empty text, no colours are "
+           "used unless they are "
            "asked "
            "for.\n.TP\nSOURCE_DATE_EPOCH\nThe time that members of new containers get, in seconds since "
            "1970.\n"
