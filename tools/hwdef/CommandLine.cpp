@@ -27,7 +27,7 @@ std::string footerOf(const VerbText& text)
 {
     std::string footer = "Examples:\n";
     for (const auto& [command, what] : text.examples) {
-        footer += "  " + command + "\n      " + what + "\n";
+        footer.append("  ").append(command).append("\n      ").append(what).append("\n");
     }
     return footer;
 }

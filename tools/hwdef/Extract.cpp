@@ -88,6 +88,7 @@ void write(platform::JsonWriter& json, const Member& member, const std::string& 
 void extract(const Container& container, const std::string& dir, std::vector<const Member*>& members)
 {
     std::vector<std::string> names;
+    names.reserve(members.size());
     for (const Member* member : members) {
         names.push_back(member->name);
     }

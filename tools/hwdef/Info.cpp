@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "Container.h"
@@ -86,7 +87,7 @@ std::string bar(double percent, const Output& output)
 {
     constexpr std::size_t width = 30;
     const double share = std::clamp(percent / 100, 0.0, 1.0);
-    auto filled = static_cast<std::size_t>(share * width + 0.5);
+    auto filled = static_cast<std::size_t>(std::lround(share * width));
     filled = std::max<std::size_t>(filled, percent > 0 ? 1 : 0);
     return "[" + output.paint(styleOf(percent), std::string(filled, '#')) +
            output.paint(Style::DIM, std::string(width - filled, '.')) + "]";

@@ -102,7 +102,7 @@ std::string labelFor(const std::string& name, const Box& box)
     if (box.height < lineHeight || room < fewest) {
         return "";
     }
-    const std::string text = printable(name);
+    std::string text = printable(name);  // not const, so that it is moved out
     const bool isAscii = std::none_of(text.begin(), text.end(), [](char byte) { return (byte & 0x80) != 0; });
     if (columns(text) <= room) {
         return text;

@@ -175,6 +175,7 @@ const Container& propertySource(const std::vector<Container>& containers)
 void Merge::write(const std::vector<Container>& containers) const
 {
     std::vector<HHDFHwDef*> definitions;
+    definitions.reserve(containers.size());
     for (const Container& container : containers) {
         definitions.push_back(container.definition.get());
     }

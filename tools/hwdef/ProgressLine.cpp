@@ -5,6 +5,7 @@
 
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <string>
 
@@ -39,7 +40,7 @@ void watch(int signal)
 
 std::string timeText(double seconds)
 {
-    const auto whole = static_cast<std::uint64_t>(seconds + 0.5);
+    const auto whole = static_cast<std::uint64_t>(std::llround(seconds));
     const std::string tail = std::to_string(whole % 60);
     return std::to_string(whole / 60) + ":" + (tail.size() < 2 ? "0" : "") + tail;
 }

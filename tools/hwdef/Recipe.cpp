@@ -137,7 +137,7 @@ std::string contentOf(const std::string& path)
 std::string stageBom(const Recipe& recipe, const std::string& path, const std::string& dir)
 {
     const auto definition = definitionOf(recipe, path);
-    const std::string name = dir + "/" + recipe.bomName;
+    std::string name = dir + "/" + recipe.bomName;  // not const, so that it is moved out
     HPAParamMgr& parameters = *HPAParamMgr::getParamMgr();
     if (recipe.dies) {
         parameters.setValue(diesParameter, "true");

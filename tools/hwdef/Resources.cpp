@@ -1,6 +1,7 @@
 #include "Resources.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 
 namespace {
@@ -38,6 +39,6 @@ std::vector<Resource> resourcesOf(const HHDFHwDef& definition)
 
 std::string percentText(double percent)
 {
-    const auto tenths = static_cast<std::uint64_t>(percent * 10 + 0.5);
+    const auto tenths = static_cast<std::uint64_t>(std::llround(percent * 10));
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
 }
