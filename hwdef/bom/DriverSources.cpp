@@ -123,7 +123,8 @@ bool HHDFHwDefBomReader::populateDriverSource(const std::string& name)
     resolvedParts_ += static_cast<std::size_t>(std::count(path.begin(), path.end(), '/'));
     if (resolvedParts_ > mostParts) {
         say(*def_, name,
-            "is one of those whose paths have more than " + std::to_string(mostParts) + " parts");
+            "comes after paths of " + std::to_string(mostParts) +
+                " parts in all, the most that are resolved");
         return false;
     }
     const Resolved place = resolved(path);

@@ -66,7 +66,8 @@ public:
 
 private:
     /// A member that isn't there counts as empty, and so does one that can't be read to its end, whose
-    /// reason is sent. False, with the reason sent, for one beyond the limit.
+    /// reason is sent. False, with the reason sent, for one beyond the limit; of those behind the time
+    /// allowed only the first is told.
     bool digestMember(const std::string& archive, const MemberEntry& member, std::string& text)
     {
         std::string reason;

@@ -60,8 +60,8 @@ public:
     /// Contents are compared by their SHA-256, which `before` and `after` begin with. Of several entries
     /// with one name the later ones are told as "NAME #2" and so on, in the order of their other values.
     ///
-    /// False, after the reason was sent, when one of the containers can't be opened or read, or the call
-    /// is cancelled.
+    /// False, after the reason was sent, when one of the containers can't be opened or read, its BOM is of
+    /// another version than "1", of which nothing is read, or the call is cancelled.
     static bool compare(const std::string& first, const std::string& second,
                         std::vector<HHDFDifference>& differences);
 

@@ -25,8 +25,8 @@ public:
     /// the next member is opened.
     void open(const ArchiveReader& archive, const Entry& entry);
 
-    /// Members opened from now on take from that time, and read() throws TimeError once it is up; null for
-    /// as long as it takes. Must outlive the reading.
+    /// Unpacking takes from that time from now on, this member's and those opened later, and read() throws
+    /// TimeError once it is up. Null, as at first, for no limit. Must outlive the reading.
     void limitTime(UnpackTime* time);
 
     /// Fills the buffer as far as the member goes; 0 at the end. The call that delivers the last byte,
