@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,9 @@
 namespace tools {
 
 namespace {
+
+/// How long nothing may come from a terminal until its watch is asked again.
+constexpr int watchMilliseconds = 50;
 
 /// Becomes the command; for a child process.
 [[noreturn]] void become(const std::string& dir, const std::vector<std::string>& words)
@@ -83,9 +87,15 @@ CommandRun runOnTerminal(const std::string& dir, const std::vector<std::string>&
     }
     CommandRun run;
     std::array<char, 4096> buffer{};
-    // Reading fails when the last process that has the terminal open ends.
-    for (ssize_t count = 0; (count = ::read(terminal, buffer.data(), buffer.size())) > 0;) {
-        run.out.append(buffer.data(), static_cast<std::size_t>(count));
+    for (;;) {
+        pollfd input{terminal, POLLIN, 0};
+        if (::poll(&input, 1, watch ? watchMilliseconds : -1) > 0) {
+            const ssize_t count = ::read(terminal, buffer.data(), buffer.size());
+            if (count <= 0) {
+                break;  // the last process that had the terminal open has ended
+            }
+            run.out.append(buffer.data(), static_cast<std::size_t>(count));
+        }
         if (watch) {
             watch(run.out, process);
         }

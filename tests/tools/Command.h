@@ -18,7 +18,7 @@ struct CommandRun {
 CommandRun runCommand(const std::string& dir, const std::vector<std::string>& words);
 
 /// The same on a terminal of 80 columns; `out` holds all that it shows. `watch`, when given, sees what has
-/// come so far each time something comes, with the process to act on.
+/// come so far each time something comes and some twenty times a second, with the process to act on.
 CommandRun runOnTerminal(const std::string& dir, const std::vector<std::string>& words,
                          const std::vector<std::string>& environment = {},
                          const std::function<void(const std::string& soFar, int process)>& watch = {});

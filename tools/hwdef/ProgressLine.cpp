@@ -85,12 +85,13 @@ private:
     void show(const platform::Progress& progress)
     {
         const Clock::time_point now = Clock::now();
-        if (progress.doneBytes < doneBytes_) {
+        if (callBegin_ == Clock::time_point{} || progress.doneBytes < doneBytes_) {
             callBegin_ = now;
         }
         doneBytes_ = progress.doneBytes;
+        // A call that has just begun has no rate yet, and may be over at once.
         constexpr std::chrono::milliseconds between(100);
-        if (now - begin_ < std::chrono::seconds(1) || now - shown_ < between) {
+        if (now - begin_ < std::chrono::seconds(1) || now - shown_ < between || now - callBegin_ < between) {
             return;
         }
         shown_ = now;
@@ -124,7 +125,7 @@ private:
     bool isShown_;
     bool isVisible_ = false;
     Clock::time_point begin_ = Clock::now();
-    Clock::time_point callBegin_ = begin_;  // of the library's call that reports now
+    Clock::time_point callBegin_;  // when the call of the library that reports now did so first
     Clock::time_point shown_;
     std::uint64_t doneBytes_ = 0;
 
