@@ -1,5 +1,6 @@
 #include "hwdef/container/HHDFHwDefArchive.h"
 
+#include <array>
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <chrono>
@@ -16,6 +17,7 @@
 #include "platform/iostreams/ArchiveWriter.h"
 #include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/LittleEndian.h"
+#include "platform/iostreams/MemberReader.h"
 
 using iostreams::zip::ArchiveReader;
 using iostreams::zip::ArchiveWriter;
@@ -92,7 +94,8 @@ void add(ArchiveWriter& archive, const std::string& path, const HHDFHwDefArchive
 {
     std::string reason;
     const bool isAdded = entry == nullptr ? archive.addFile(part.file, part.name, reason)
-                                          : archive.addMember(*present, *entry, part.name, reason);
+                                          : archive.addMember(*present, *entry, part.name, reason,
+                                                              iostreams::zip::Origin::KEPT);
     if (!isAdded) {
         throw HEXAll(path + ": member \"" + part.name + "\" can't be added: " + reason);
     }
@@ -115,6 +118,26 @@ void expectParts(const std::vector<HHDFHwDefArchive::Part>& parts, const HHDFHwD
 }
 
 }  // namespace
+
+class HHDFHwDefArchive::Content::Impl {
+public:
+    iostreams::zip::MemberReader reader_;
+    std::array<char, 64 * 1024> buffer_;
+};
+
+HHDFHwDefArchive::Content::Content() : impl_(std::make_unique<Impl>()) {}
+
+HHDFHwDefArchive::Content::~Content() = default;
+
+void HHDFHwDefArchive::Content::open(const HHDFHwDefArchive& archive, const std::string& name)
+{
+    impl_->reader_.open(archive.impl_->reader_, archive.impl_->entry(name));
+}
+
+std::string_view HHDFHwDefArchive::Content::next()
+{
+    return {impl_->buffer_.data(), impl_->reader_.read(impl_->buffer_.data(), impl_->buffer_.size())};
+}
 
 HHDFHwDefArchive::HHDFHwDefArchive(const std::string& path) : impl_(std::make_unique<Impl>(path)) {}
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Export.h"
@@ -34,6 +35,28 @@ public:
         std::string reason;  ///< the text that extract() throws
     };
 
+    /// Streams the content of members, of one after the other and of any archives, through one buffer of
+    /// 64 KiB. For one thread at a time; reports no progress.
+    class HWDEF_API Content {
+    public:
+        Content();
+        ~Content();
+        Content(const Content&) = delete;
+        Content& operator=(const Content&) = delete;
+
+        /// Begins a member, in place of the one before. The archive must stay until the next one is begun.
+        /// Throws HEXAll when there is no such member or it can't be read; only open() may follow then.
+        void open(const HHDFHwDefArchive& archive, const std::string& name);
+        /// The next 64 KiB, fewer at the member's end and empty behind it; they stand until the next call.
+        /// Size and CRC-32 are checked before the last ones are given: throws HEXAll when they differ, or
+        /// the content can't be read.
+        std::string_view next();
+
+    private:
+        class HWDEF_LOCAL Impl;
+        std::unique_ptr<Impl> impl_;
+    };
+
     /// Throws iostreams::device::detail::zip_exception when the path isn't a regular file or can't be
     /// read as an archive.
     explicit HHDFHwDefArchive(const std::string& path);
@@ -61,8 +84,9 @@ public:
     std::vector<Failure> extractAll(const std::vector<std::string>& names, const std::string& dir) const;
 
     /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the
-    /// comment. Parts without a file are taken from `present`, as they are compressed there; it may be
-    /// the archive that is replaced, and may be null when all parts have files. With `attachDigest` the
+    /// comment. Parts without a file are taken from `present`, as they are compressed there and with the
+    /// times and attributes they have there (extra fields aren't kept); it may be the archive that is
+    /// replaced, and may be null when all parts have files. With `attachDigest` the
     /// archive digest is recorded. Throws HEXAll, what stood at the path is then as it was.
     static void write(const std::string& path, const std::vector<Part>& parts,
                       const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest);

@@ -172,10 +172,10 @@ bool ArchiveWriter::addFile(const std::string& source, const std::string& name, 
 }
 
 bool ArchiveWriter::addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
-                              std::string& reason)
+                              std::string& reason, Origin origin)
 {
     try {
-        impl_->members().open(archive, entry, name);
+        impl_->members().open(archive, entry, name, origin);
         return impl_->add(impl_->members(), reason);
     } catch (const SourceError& error) {
         reason = error.what();

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/iostreams/ArchiveReader.h"
+#include "platform/iostreams/NewMember.h"
 
 namespace iostreams::zip {
 
@@ -12,8 +13,8 @@ namespace iostreams::zip {
 ///
 /// Nothing is visible at the path until commit(): then the new archive takes the old one's place.
 /// A writer that goes away without commit() leaves no trace. Members appear in the order added, with
-/// fixed times and modes, so that the same input gives the same bytes. Input passes through reused
-/// buffers, never a whole member in memory.
+/// fixed times and modes where not asked otherwise, so that the same input gives the same bytes. Input passes
+/// through reused buffers, never a whole member in memory.
 ///
 /// The operations that add return false, with `reason` in one sentence, when the source can't be
 /// read; the archive is then as if the call had not been made. Failures of the archive itself throw
@@ -36,9 +37,10 @@ public:
     bool addFile(const std::string& source, const std::string& name, std::string& reason);
     /// Adds a member of another archive as it is compressed there; its CRC-32 is kept, its content is
     /// not unpacked. Its local header is held against the directory as for reading. The archive may
-    /// be the one that this writer is about to replace.
+    /// be the one that this writer is about to replace. With Origin::KEPT it has the time, system and
+    /// attributes that it has there; extra fields and comments of members aren't taken over.
     bool addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
-                   std::string& reason);
+                   std::string& reason, Origin origin = Origin::FIXED);
 
     /// Gives the new archive a comment, in front of a digest that is attached; both together may have
     /// 65,535 bytes, else commit() fails.

@@ -124,13 +124,31 @@ void checkNumbers(const char* fixed, std::string_view extra, const Entry& entry,
     checkSize("size", size, entry.size, entry, archive);
 }
 
+/// What a record tells of a member beside its data.
+struct RecordFacts {
+    std::uint16_t madeBy;  ///< the system that the attributes are of, and a version
+    std::uint32_t time;    ///< MS-DOS date and time
+    std::uint32_t attributes;
+};
+
+/// That of a member to be written: what its record tells where it has one, and the same for all others.
+RecordFacts factsOf(const Entry& entry)
+{
+    if (!entry.record.empty()) {
+        const char* const fixed = entry.record.data();
+        return {load16(fixed + 4), load32(fixed + 12), load32(fixed + 38)};
+    }
+    return {madeByUnix, modificationTime(),
+            entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile};
+}
+
 /// Version, flags, method, time, CRC-32 and sizes: the part that both kinds of header share.
 void appendCommonFields(std::string& out, const Entry& entry, bool zip64, bool bothSizes)
 {
     append16(out, zip64 ? 45 : entry.method == METHOD_STORED ? 10 : 20);  // needed to extract, 4.4.3
     append16(out, needsUtf8Flag(entry.name) ? FLAG_UTF8 : 0);
     append16(out, entry.method);
-    append32(out, modificationTime());
+    append32(out, factsOf(entry).time);
     append32(out, entry.crc);
     append32(out, bothSizes ? saturated32 : saturate(entry.compressedSize));
     append32(out, bothSizes ? saturated32 : saturate(entry.size));
@@ -301,13 +319,14 @@ void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t s
     }
     const bool zip64 = !extra.empty();
     append32(out, DIRECTORY_HEADER_SIGNATURE);
-    append16(out, madeByUnix | (zip64 ? 45 : 20));
+    const RecordFacts facts = factsOf(entry);
+    append16(out, std::max<std::uint16_t>(facts.madeBy, (facts.madeBy & 0xff00U) | (zip64 ? 45U : 20U)));
     appendCommonFields(out, entry, zip64, false);
     append16(out, static_cast<std::uint16_t>(zip64 ? 4 + extra.size() : 0));
     append16(out, 0);  // length of the comment
     append16(out, 0);  // disk
     append16(out, 0);  // internal attributes
-    append32(out, entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile);
+    append32(out, facts.attributes);
     append32(out, saturate(storedOffset));
     out += entry.name;
     if (zip64) {

@@ -56,19 +56,20 @@ constexpr std::size_t LONGEST_DESCRIPTOR_BYTES = 24;
 void checkDescriptor(std::string_view bytes, const Entry& entry, const std::string& archive);
 
 /// Appends a local header for a member whose sizes are known, with a zip64 field only where a size
-/// needs one. Fixed time (see modificationTime), UTF-8 flag where the name needs it, no descriptor:
-/// the entry's own flags aren't looked at. The name must not be longer than 65535 bytes, and the
-/// member not encrypted.
+/// needs one. The time of the entry's record, or the fixed one (see modificationTime) when it has none; UTF-8
+/// flag where the name needs it, no descriptor: the entry's own flags aren't looked at. The name must not be
+/// longer than 65535 bytes, and the member not encrypted.
 void appendLocalHeader(std::string& out, const Entry& entry);
 
-/// Appends a directory record for the same member; mode 0644. `storedOffset` is the local header's
-/// offset as to be stored (from the first byte of the archive).
+/// Appends a directory record for the same member, with the attributes of the entry's record, or mode 0644
+/// (a directory's 0755) when it has none. `storedOffset` is the local header's offset as to be stored (from
+/// the first byte of the archive).
 void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t storedOffset);
 
 /// How long appendLocalHeader's result for this entry is.
 std::size_t localHeaderLength(const Entry& entry);
 
-/// The time every member gets, as MS-DOS date (high 16 bits) and time: 1980-01-01, or the UTC time
+/// The time of members that bring none, as MS-DOS date (high 16 bits) and time: 1980-01-01, or the UTC time
 /// of $SOURCE_DATE_EPOCH, which is read once.
 std::uint32_t modificationTime();
 

@@ -24,7 +24,7 @@ constexpr std::size_t extraRoom = 64;
 
 MemberCopier::MemberCopier() : window_(windowBytes) {}
 
-void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::string name)
+void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::string name, Origin origin)
 {
     checkMemberName(name);
     name_ = std::move(name);
@@ -43,7 +43,9 @@ void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::s
     }
     entry_ = entry;
     entry_.name = name_;
-    entry_.record = {};
+    if (origin == Origin::FIXED) {
+        entry_.record = {};
+    }
 }
 
 std::uint64_t MemberCopier::maxBytes() const

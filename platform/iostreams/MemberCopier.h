@@ -16,8 +16,10 @@ public:
 
     /// Begins a new member, in place of the one before. Its local header is held against the entry;
     /// throws SourceError when they differ, when the data isn't stored or deflated, is encrypted, or
-    /// runs into the next member. Archive and entry must outlive the write.
-    void open(const ArchiveReader& archive, const Entry& entry, std::string name);
+    /// runs into the next member. Archive and entry must outlive the write, and its entry's use with
+    /// Origin::KEPT.
+    void open(const ArchiveReader& archive, const Entry& entry, std::string name,
+              Origin origin = Origin::FIXED);
 
     std::string_view name() const override { return name_; }
     std::uint64_t maxBytes() const override;

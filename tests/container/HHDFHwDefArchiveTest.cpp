@@ -119,6 +119,77 @@ TEST(HHDFHwDefArchive, replacesAnArchiveByItsOwnMembersAndFiles)
     EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(dir / "a.hdf")), HUTZip::INTACT);
 }
 
+TEST(HHDFHwDefArchive, keepsTimesAndAttributesOfMembersItTakesOver)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+    std::string bytes = support::readFile(dir / "a.hdf");
+    const auto change = [&](std::size_t place, const std::string& text) {
+        bytes.replace(place, text.size(), text);
+    };
+    const std::size_t listed = bytes.find("PK\x01\x02");
+    const std::string made = "\x3f\x07";  // by an OS/2 program of 6.3
+    const std::string time = "\x7d\xbf\x9f\x5f";
+    const std::string attributes = "\x21\x43\x65\x07";
+    change(bytes.find("PK\x03\x04") + 10, time);
+    change(listed + 4, made);
+    change(listed + 12, time);
+    change(listed + 38, attributes);
+    support::writeFile(dir / "a.hdf", bytes);
+    {
+        const HHDFHwDefArchive present(dir / "a.hdf");
+        HHDFHwDefArchive::write(dir / "b.hdf", {{"a.bit", dir / "a.hdf"}, {"hwdef.xml", ""}}, &present, "",
+                                false);
+    }
+    const std::string written = support::readFile(dir / "b.hdf");
+    const std::size_t record = written.rfind("PK\x01\x02");
+    EXPECT_EQ(written.substr(record + 4, 2), made);
+    EXPECT_EQ(written.substr(record + 12, 4), time);
+    EXPECT_EQ(written.substr(record + 38, 4), attributes);
+    EXPECT_EQ(written.substr(written.rfind("PK\x03\x04") + 10, 4), time);
+    EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").members()[0].modified, 315532800);
+    EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").members()[1].modified, 1830297598);
+}
+
+TEST(HHDFHwDefArchive, streamsTheContentOfMembersOfAnyArchive)
+{
+    const TempDir dir;
+    const std::string large = std::string(150000, 'x') + "end";
+    support::writeArchive(dir / "a.hdf", {{"large", large}, {"empty", ""}});
+    support::writeArchive(dir / "b.hdf", {{"small", "of b"}});
+    const HHDFHwDefArchive first(dir / "a.hdf");
+    const HHDFHwDefArchive second(dir / "b.hdf");
+    HHDFHwDefArchive::Content content;
+    content.open(first, "large");
+    EXPECT_EQ(content.next(), std::string(64 * 1024, 'x'));
+    content.open(second, "small");  // whatever became of the one before
+    EXPECT_EQ(content.next(), "of b");
+    EXPECT_EQ(content.next(), "");
+    content.open(first, "large");
+    std::string all;
+    for (std::string_view bytes; !(bytes = content.next()).empty();) {
+        all += bytes;
+    }
+    EXPECT_EQ(all, large);
+    content.open(first, "empty");
+    EXPECT_EQ(content.next(), "");
+}
+
+TEST(HHDFHwDefArchive, streamsNoContentThatIsDamaged)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "a.hdf", {{"a.bit", "bits"}, {"b.bit", "other"}});
+    support::patchFile(dir / "a.hdf", "other", "oTher");
+    const HHDFHwDefArchive archive(dir / "a.hdf");
+    HHDFHwDefArchive::Content content;
+    EXPECT_EQ(whyNot([&] { content.open(archive, "gone"); }),
+              dir / "a.hdf" + ": there is no member \"gone\"");
+    content.open(archive, "b.bit");
+    EXPECT_THROW(content.next(), zip_exception);
+    content.open(archive, "a.bit");
+    EXPECT_EQ(content.next(), "bits");
+}
+
 TEST(HHDFHwDefArchive, leavesTheArchiveAloneWhenAPartCantBeHad)
 {
     const TempDir dir;

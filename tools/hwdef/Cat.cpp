@@ -1,6 +1,5 @@
 #include <unistd.h>
 
-#include <array>
 #include <boost/archive/iterators/base64_from_binary.hpp>
 #include <boost/archive/iterators/transform_width.hpp>
 
@@ -10,7 +9,6 @@
 #include "Text.h"
 #include "Verb.h"
 #include "platform/Limits.h"
-#include "platform/iostreams/zip.h"
 
 namespace {
 
@@ -54,17 +52,17 @@ std::string base64(const std::string& bytes)
 
 /// Gives the content to `take` piece by piece.
 template <typename Take>
-void read(const HHDFHwDefArchive::Member& member, const std::string& file, Take take)
+void read(const HHDFHwDefArchive& archive, const HHDFHwDefArchive::Member& member, Take take)
 {
-    iostreams::device::file_source source(member.name, file);
+    HHDFHwDefArchive::Content content;
+    content.open(archive, member.name);
     OwnWork work(member.sizeBytes);
     // A line on the same terminal would stand amid the content.
     const bool isTold = ::isatty(STDOUT_FILENO) == 0;
-    std::array<char, 64 * 1024> buffer;
-    for (std::streamsize count = 0; (count = source.read(buffer.data(), buffer.size())) >= 0;) {
-        take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
+    for (std::string_view bytes; !(bytes = content.next()).empty();) {
+        take(bytes);
         if (isTold) {
-            work.advance(member.name, static_cast<std::uint64_t>(count));
+            work.advance(member.name, bytes.size());
         } else {
             OwnWork::endIfAsked();
         }
@@ -76,7 +74,7 @@ ExitCode Cat::run(Output& output)
     const Container container = openContainer(containerPath());
     const auto& found = container.member(member_);
     if (!output.isJson()) {
-        read(found, containerPath(), [](std::string_view bytes) { writeToStream(STDOUT_FILENO, bytes); });
+        read(*container.archive, found, [](std::string_view bytes) { writeToStream(STDOUT_FILENO, bytes); });
         return ExitCode::SOUND;
     }
     const std::uint64_t most = platform::limits::maxMemberInMemory();
@@ -86,7 +84,7 @@ ExitCode Cat::run(Output& output)
                            ", too much for a JSON document; without --json it can be had");
     }
     std::string content;
-    read(found, containerPath(), [&](std::string_view bytes) { content += bytes; });
+    read(*container.archive, found, [&](std::string_view bytes) { content += bytes; });
     const bool isText = isUtf8(content);
     output.json().add("file", containerPath());
     output.json().add("member", member_);

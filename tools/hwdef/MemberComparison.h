@@ -22,6 +22,6 @@ struct MemberPair {
 };
 
 /// Compares the members of each pair byte by byte where size and checksum don't tell them apart, for the
-/// same checksum is no proof. Can be followed and ended as one piece of work. Throws CommandError after a
-/// signal, and what reading throws. Takes time in proportion to what it reads.
+/// same checksum is no proof. Can be followed and ended as one piece of work. Throws HEXAll after a signal,
+/// and when a member can't be read. Takes time in proportion to what it reads.
 void compareBytes(std::vector<MemberPair>& pairs);

@@ -12,6 +12,7 @@
 #include "CommandError.h"
 #include "Output.h"
 #include "Text.h"
+#include "platform/HEXAll.h"
 
 namespace {
 
@@ -160,6 +161,11 @@ void OwnWork::advance(std::string_view member, std::uint64_t bytes)
     progress_.member = member;
     if (ProgressLine::Impl::current != nullptr) {
         ProgressLine::Impl::current->tell(progress_);
+    }
+    if (ProgressLine::signal() != 0 && !task_.empty()) {
+        throw HEXAll(task_ + ": cancelled after " + std::to_string(progress_.doneBytes) + " of " +
+                     std::to_string(progress_.totalBytes) + " bytes, at member \"" + std::string(member) +
+                     "\"");
     }
     endIfAsked();
 }

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/Progress.h"
 
@@ -33,14 +35,19 @@ private:
 /// Work that the command does itself, followed and ended like the library's.
 class OwnWork {
 public:
-    explicit OwnWork(std::uint64_t totalBytes) : progress_{0, totalBytes, {}} {}
+    /// When a signal ends it, the task is told of: "TASK: cancelled after ...". Without one nothing is told.
+    explicit OwnWork(std::uint64_t totalBytes, std::string task = {})
+        : progress_{0, totalBytes, {}}, task_(std::move(task))
+    {
+    }
 
-    /// So many more bytes are done, of which the member is told. Throws CommandError("interrupted") after a
-    /// signal.
+    /// So many more bytes are done, of which the member is told. After a signal throws HEXAll with the text,
+    /// or CommandError("interrupted") without a task.
     void advance(std::string_view member, std::uint64_t bytes);
-    /// Throws alike, and tells nothing.
+    /// Throws CommandError after a signal, and tells nothing.
     static void endIfAsked();
 
 private:
     platform::Progress progress_;
+    std::string task_;
 };
