@@ -160,7 +160,7 @@ TEST(Command, saysWhenAnArchiveLacksItsBom)
     EXPECT_EQ(errorOf(dir.path(), {"list", "cut.hdf"}),
               "hwdef: error: cut.hdf: this is a zip archive without a bill of materials that can be read "
               "(\"hwdef.xml\" or \"sysdef.xml\" on its top level), not a hardware definition container, or a "
-              "damaged one\n");
+              "damaged one: \"hwdef verify\" tells more\n");
 }
 
 TEST(Command, takesOptionsInFrontOfTheVerb)
@@ -371,6 +371,7 @@ TEST(Command, showsProgressOfComparingWhatMeets)
     EXPECT_EQ(run.exitCode, 128 + SIGINT);
     EXPECT_TRUE(contains(run.out, " of 1.00 GiB  ")) << run.out;
     EXPECT_TRUE(contains(run.out, "long.bit")) << run.out;
+    EXPECT_TRUE(contains(run.out, " comparing: cancelled after ")) << run.out;
 }
 
 TEST(Command, tellsOnceAndOnALineOfItsOwnThatItWasInterrupted)

@@ -35,7 +35,10 @@ constexpr const char* meetingReport =
     "overlay.hdf  2 files  0 drivers\n"
     "  file       top.bit  different  from overlay.hdf\n"
     "  file       top.hwh  the same   from overlay.hdf\n"
-    "  attribute  flow     different  from overlay.hdf\n";
+    "  attribute  flow     different  from overlay.hdf\n"
+    "  property  top       left out  of design.hdf\n"
+    "  property  used.lut  left out  of design.hdf\n"
+    "  property  used.ff   left out  of design.hdf\n";
 
 }  // namespace
 
@@ -48,6 +51,54 @@ TEST(Merge, tellsWhatCameFromWhereAndWhatMet)
     EXPECT_EQ(run.out, std::string(meetingReport) + "written to all.hdf\n");
     EXPECT_EQ(support::memberOf(dir / "all.hdf", "top.bit"), "new bits");
     EXPECT_EQ(HHDFHwDefUtils::getHDF(dir / "all.hdf", true)->getPart(), "part-1");
+}
+
+TEST(Merge, tellsWhatIsNotMerged)
+{
+    const TempDir dir;
+    tools::writePartial(dir.path());
+    writeMeeting(dir);
+    const HHDFHwDefArchive present(dir / "partial.hdf");
+    std::vector<HHDFHwDefArchive::Part> parts = {{"notes.txt", dir / "in/top.bit"}};
+    for (const auto& member : present.members()) {
+        parts.push_back({member.name, ""});
+    }
+    HHDFHwDefArchive::write(dir / "more.hdf", parts, &present, "a comment", false);
+    const CommandRun run = runCommand(dir.path(), {"merge", "design.hdf", "more.hdf", "-n"});
+    EXPECT_TRUE(contains(run.out,
+                         "  property       top         left out  of design.hdf\n"
+                         "  property       used.lut    left out  of design.hdf\n"))
+        << run.out;
+    EXPECT_TRUE(contains(run.out, "  partition ")) << run.out;
+    EXPECT_TRUE(contains(run.out, "  configuration ")) << run.out;
+    EXPECT_TRUE(contains(run.out,
+                         "  member         notes.txt   left out  of more.hdf\n"
+                         "  comment        a comment   left out  of more.hdf\n"))
+        << run.out;
+}
+
+TEST(Merge, tellsThatNoContainerGivesProperties)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:BIT", "-s", "board=b"}));
+    expectDone(runCommand(dir.path(), {"build", "-o", "b.hdf", "a.bit:BIT"}));
+    EXPECT_TRUE(runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "-n"})
+                    .out.starts_with("properties from none, as no container names a part\n"));
+    EXPECT_TRUE(contains(runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "-n", "--json"}).out,
+                         "\"propertiesFrom\": \"\""));
+    EXPECT_TRUE(runCommand(dir.path(), {"merge", "a.hdf", "-n"}).out.starts_with("properties from a.hdf\n"));
+}
+
+TEST(Merge, mayReplaceOneOfItsContainers)
+{
+    const TempDir dir;
+    writeMeeting(dir);
+    for (const char* const out : {"all.hdf", "overlay.hdf"}) {
+        const CommandRun run = runCommand(dir.path(), {"merge", "design.hdf", "overlay.hdf", "-o", out});
+        EXPECT_EQ(run.exitCode, 0);
+    }
+    EXPECT_EQ(support::readArchive(dir / "overlay.hdf"), support::readArchive(dir / "all.hdf"));
 }
 
 TEST(Merge, writesNothingWhenItRunsDry)

@@ -6,6 +6,7 @@
 #include "Edit.h"
 #include "MemberComparison.h"
 #include "Messages.h"
+#include "Omissions.h"
 #include "Text.h"
 #include "Verb.h"
 
@@ -20,8 +21,10 @@ public:
                "Merge containers",
                "Folds containers into a new one: properties from the first that names a part; files, drivers "
                "and attributes from all. Where names meet, the later container counts. The report tells what "
-               "came from where, and what met. Files of one name and different bytes end a "
-               "--dry-run with exit code 1; --strict then writes nothing and ends with it too.",
+               "came from where, what met, and what isn't merged: partitions, configurations, the top "
+               "module, "
+               "resources used, members that aren't listed, and comments. Files of one name and different "
+               "bytes end a --dry-run with exit code 1; --strict then writes nothing and ends with it too.",
                {{"hwdef merge base.hdf overlay.hdf -o all.hdf", "merges two containers"},
                 {"hwdef merge base.hdf overlay.hdf -o all.hdf --dry-run", "only tells what would meet"}}})
     {
@@ -39,7 +42,7 @@ public:
     ExitCode run(Output& output) override;
 
 private:
-    void write(const std::vector<Container>& containers) const;
+    std::unique_ptr<HHDFHwDef> merged(const std::vector<Container>& containers) const;
 
     std::vector<std::string> files_;
     std::string output_;
@@ -161,28 +164,30 @@ std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
     return meetings;
 }
 
-/// The container that the properties come from.
-const Container& propertySource(const std::vector<Container>& containers)
+/// The container that the properties come from; null when none gives its properties.
+const Container* propertySource(const std::vector<Container>& containers)
 {
     for (const Container& container : containers) {
-        if (!container.definition->getPart().empty()) {
-            return container;
+        if (containers.size() == 1 || !container.definition->getPart().empty()) {
+            return &container;
         }
     }
-    return containers.front();
+    return nullptr;
 }
 
-void Merge::write(const std::vector<Container>& containers) const
+/// The merged definition, which isn't written yet.
+std::unique_ptr<HHDFHwDef> Merge::merged(const std::vector<Container>& containers) const
 {
     std::vector<HHDFHwDef*> definitions;
     definitions.reserve(containers.size());
     for (const Container& container : containers) {
         definitions.push_back(container.definition.get());
     }
-    const auto merged = HHDFHwDefUtils::getMrgdHDF(definitions, output_);
-    if (merged == nullptr || !merged->write(true)) {
-        throw CommandError(printable(output_) + ": the merged container can't be written");
+    auto definition = HHDFHwDefUtils::getMrgdHDF(definitions, output_.empty() ? "merged.hdf" : output_);
+    if (definition == nullptr) {
+        throw CommandError("\"" + printable(output_) + "\" can't be the path of a container");
     }
+    return definition;
 }
 
 /// The library leaves out what it can't add, and says so; here that is an error.
@@ -202,7 +207,9 @@ void checkWritten(const std::vector<Container>& containers, const std::string& p
 
 void showContainers(const std::vector<Container>& containers, Output& output)
 {
-    output.line("properties from " + printable(propertySource(containers).path));
+    const Container* const source = propertySource(containers);
+    output.line("properties from " +
+                (source == nullptr ? "none, as no container names a part" : printable(source->path)));
     Table table("lrr");
     for (const Container& container : containers) {
         table.row({printable(container.path), counted(container.files().size(), "file"),
@@ -223,10 +230,21 @@ void showMeetings(const std::vector<Meeting>& meetings, Output& output)
     output.lines(table.lines(2));
 }
 
-void writeReport(const std::vector<Container>& containers, const std::vector<Meeting>& meetings,
-                 platform::JsonWriter& json)
+void showOmissions(const std::vector<Omission>& omissions, Output& output)
 {
-    json.add("propertiesFrom", propertySource(containers).path);
+    Table table("llll");
+    for (const Omission& omission : omissions) {
+        table.row({omission.kind, printable(omission.name), output.paint(Style::YELLOW, "left out"),
+                   "of " + printable(omission.container->path)});
+    }
+    output.lines(table.lines(2));
+}
+
+void writeReport(const std::vector<Container>& containers, const std::vector<Meeting>& meetings,
+                 const std::vector<Omission>& omissions, platform::JsonWriter& json)
+{
+    const Container* const source = propertySource(containers);
+    json.add("propertiesFrom", source == nullptr ? "" : source->path);
     json.beginArray("inputs");
     for (const Container& container : containers) {
         json.beginObject();
@@ -243,6 +261,15 @@ void writeReport(const std::vector<Container>& containers, const std::vector<Mee
         json.add("name", meeting.name);
         json.add("same", meeting.isSame);
         json.add("from", meeting.containers.back());
+        json.end();
+    }
+    json.end();
+    json.beginArray("omissions");
+    for (const Omission& omission : omissions) {
+        json.beginObject();
+        json.add("kind", omission.kind);
+        json.add("name", omission.name);
+        json.add("file", omission.container->path);
         json.end();
     }
     json.end();
@@ -270,20 +297,25 @@ ExitCode Merge::run(Output& output)
             checkDigest(containers.back(), "--force merges it all the same");
         }
     }
+    const auto definition = merged(containers);
+    const auto omissions = omissionsOf(containers, *definition, propertySource(containers));
     const auto meetings = meetingsOf(containers);
     const bool isRefused = isStrict_ && haveConflict(meetings);
     const bool isWritten = !isDryRun_ && !isRefused;
     if (isWritten) {
-        write(containers);
+        if (!definition->write(true)) {
+            throw CommandError(printable(output_) + ": the merged container can't be written");
+        }
         checkWritten(containers, output_);
     }
     if (output.isJson()) {
         output.json().add("output", output_);
         output.json().add("written", isWritten);
-        writeReport(containers, meetings, output.json());
+        writeReport(containers, meetings, omissions, output.json());
     } else {
         showContainers(containers, output);
         showMeetings(meetings, output);
+        showOmissions(omissions, output);
         output.line(isWritten ? "written to " + printable(output_) : "nothing was written");
     }
     if (isRefused) {

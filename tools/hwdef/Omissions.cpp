@@ -1,0 +1,95 @@
+#include "Omissions.h"
+
+#include <set>
+
+#include "Properties.h"
+
+namespace {
+
+class OmissionList {
+public:
+    OmissionList(const Container& container, const HHDFHwDef& merged) : container_(container), merged_(merged)
+    {
+    }
+
+    void addProperties()
+    {
+        for (const Property& property : properties()) {
+            const std::string value = property.get(*container_.definition);
+            if (!value.empty() && value != property.get(merged_)) {
+                add("property", property.key);
+            }
+        }
+    }
+
+    /// The names of a map that the merged definition's map lacks.
+    template <typename Map>
+    void addMissing(const char* kind, const Map& map, const Map& merged)
+    {
+        for (const auto& [name, value] : map) {
+            if (!merged.contains(name)) {
+                add(kind, name);
+            }
+        }
+    }
+
+    void addModel()
+    {
+        const HHDFHwDef& definition = *container_.definition;
+        addMissing("partition", definition.getPartitionInfo(), merged_.getPartitionInfo());
+        addMissing("configuration", definition.getPartitionConfigs(), merged_.getPartitionConfigs());
+    }
+
+    void addMembers()
+    {
+        std::set<std::string> listed = {container_.bomName()};
+        for (const HHDFHwDefFile* const file : container_.files()) {
+            listed.insert(file->getFileName());
+        }
+        for (const auto& [driver, files] : container_.definition->getDriverFilesMap()) {
+            for (const HHDFHwDefDriver& file : files) {
+                const HHDFHwDefArchive::Member* const member = container_.driverMember(file);
+                listed.insert(member == nullptr ? "" : member->name);
+            }
+        }
+        for (const HHDFHwDefArchive::Member& member : container_.archive->members()) {
+            if (!listed.contains(member.name)) {
+                add("member", member.name);
+            }
+        }
+    }
+
+    void addComment()
+    {
+        if (!container_.archive->comment().empty()) {
+            add("comment", container_.archive->comment());
+        }
+    }
+
+    std::vector<Omission> omissions_;
+
+private:
+    void add(const char* kind, const std::string& name) { omissions_.push_back({kind, name, &container_}); }
+
+    const Container& container_;
+    const HHDFHwDef& merged_;
+};
+
+}  // namespace
+
+std::vector<Omission> omissionsOf(const std::vector<Container>& containers, const HHDFHwDef& merged,
+                                  const Container* propertySource)
+{
+    std::vector<Omission> all;
+    for (const Container& container : containers) {
+        OmissionList list(container, merged);
+        if (&container == propertySource) {
+            list.addProperties();
+        }
+        list.addModel();
+        list.addMembers();
+        list.addComment();
+        all.insert(all.end(), list.omissions_.begin(), list.omissions_.end());
+    }
+    return all;
+}

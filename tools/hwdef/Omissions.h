@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Container.h"
+
+/// Something of a container that a merged definition doesn't have.
+struct Omission {
+    /// "property" (of the container that properties come from), "partition", "configuration", "member" (that
+    /// the bill of materials doesn't list) or "comment" (of the archive).
+    const char* kind;
+    std::string name;  ///< a property's key, a path, or the comment itself
+    const Container* container;
+};
+
+/// What merging leaves out, by containers in order and by kinds in the order above. `propertySource` is null
+/// when no container gives its properties. Cost: n log n.
+std::vector<Omission> omissionsOf(const std::vector<Container>& containers, const HHDFHwDef& merged,
+                                  const Container* propertySource);
