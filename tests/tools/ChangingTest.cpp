@@ -8,6 +8,7 @@
 #include "platform/HUTZip.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
+#include "support/ZipBuilder.h"
 #include "tools/Command.h"
 #include "tools/Designs.h"
 
@@ -141,6 +142,7 @@ TEST(Build, keepsTheOldContainerWhenItFails)
     expectError(build({"top.bit:"}), "\"top.bit:\" has no type; a file is given as PATH:TYPE");
     expectError(build({":BIT"}), "\":BIT\" has no path; a file is given as PATH:TYPE");
     expectError(build({"top.bit:BIT", "-d", "x"}), "\"x\" is not of the form NAME=DIR");
+    EXPECT_TRUE(contains(build({"top.bit:NOTHING_LIKE_IT"}).error, "; the types are HW_HANDOFF, "));
     expectError(build({"top.bit:BITS"}), "there is no file type \"BITS\"; did you mean \"BIT\"?");
     expectError(build({"top.bit:BIT", "./top.bit:BIT"}), "\"top.bit\" is the name of two members");
     expectError(build({"top.bit:BIT", "-s", "part"}), "\"part\" is not of the form key=value");
@@ -184,6 +186,12 @@ TEST(Build, saysWhereARecipeIsWrong)
     expectError(build("{\"recipe\": 2}"), "r.json: \"recipe\": only recipes of version 1 are known");
     expectError(build("{\"recipe\": 1, \"files\": [{\"path\": \"x\"}]}"),
                 "r.json: \"files\"[0]: \"type\" is missing");
+    expectError(build("{\"recipe\": 1, \"file\": []}"),
+                "r.json: there is no key \"file\"; did you mean \"files\"?");
+    expectError(build("{\"recipe\": 1, \"files\": [{\"path\": \"x\", \"type\": \"BIT\", \"rol\": \"\"}]}"),
+                "r.json: \"files\"[0]: there is no key \"rol\"; did you mean \"role\"?");
+    expectError(runCommand(dir.path(), {"build", "-o", "o.hdf", "gone/recipe.json"}),
+                "gone/recipe.json: there is no such file");
     expectError(build("{\"recipe\": 1, \"properties\": {\"part\": 1}}"),
                 "r.json: \"properties\": \"part\": a text is expected");
     EXPECT_EQ(dir.list(), "r.json");
@@ -263,6 +271,7 @@ TEST(Explode, saysWhenTheBytesDiffer)
     EXPECT_EQ(run.error,
               "hwdef: the recipe gives a container of the same members, but of other bytes: stored.hdf was "
               "packed in another way\n");
+    EXPECT_EQ(runCommand(dir.path(), {"explode", "-q", "stored.hdf", "quiet"}).error, "");
 }
 
 TEST(Explode, givesWayToAMemberOfTheRecipesName)
@@ -272,6 +281,33 @@ TEST(Explode, givesWayToAMemberOfTheRecipesName)
     expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "recipe.json:UNKNOWN"}));
     expectSameAgain(dir, "a.hdf");
     EXPECT_EQ(readFile(dir / "parts/_/recipe.json"), "not the recipe");
+}
+
+TEST(Explode, losesNoMemberAroundTheRecipesName)
+{
+    const TempDir dir;
+    writeFile(dir / "recipe.json", "not the recipe");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "recipe.json:UNKNOWN"}));
+    const HHDFHwDefArchive present(dir / "a.hdf");
+    HHDFHwDefArchive::write(
+        dir / "b.hdf",
+        {{"hwdef.xml", ""}, {"recipe.json", ""}, {"_/recipe.json", dir / "a.hdf"}, {"__", dir / "a.hdf"}},
+        &present, "", true);
+    expectSameAgain(dir, "b.hdf");
+    EXPECT_EQ(readFile(dir / "parts/___/recipe.json"), "not the recipe");
+}
+
+TEST(Explode, refusesNamesThatNoRecipeCanHold)
+{
+    const TempDir dir;
+    support::ZipBuilder zip;
+    zip.addStored("hwdef.xml", support::bomOfFiles("0", {"b.bit"}));
+    zip.addStored("b.bit", "");
+    zip.addStored("\xff", "");
+    zip.write(dir / "a.hdf");
+    expectError(runCommand(dir.path(), {"explode", "a.hdf", "parts"}),
+                "a.hdf: the name of member \"\\xff\" isn't UTF-8, and no recipe can hold it");
+    EXPECT_FALSE(support::exists(dir / "parts"));
 }
 
 TEST(Explode, leavesADirectoryAloneThatIsNotEmpty)
@@ -418,6 +454,23 @@ TEST(Remove, removesMembersAndTheirEntries)
     const auto def = HHDFHwDefUtils::getHDF(dir / "design.hdf", true);
     EXPECT_FALSE(def->isBomFileExistsWithName("top.hwh"));
     EXPECT_TRUE(def->getDriverFilesMap().empty());
+}
+
+TEST(Remove, removesTheMemberThatADriversFileStandsFor)
+{
+    const TempDir dir;
+    writeFile(dir / "gpio/x.mdd", "driver");
+    writeFile(dir / "gpio/y.c", "code");
+    const auto def = HHDFHwDefUtils::createHDF(dir / "a.hdf");
+    // The library packs them without the directory that the bill of materials has in front.
+    def->addDrivers("gpio", {{dir / "gpio/x.mdd", "gpio/x.mdd", ""}, {dir / "gpio/y.c", "gpio/y.c", ""}});
+    ASSERT_TRUE(def->write(true));
+    ASSERT_TRUE(contains(support::namesIn(dir / "a.hdf"), "gpio/x.mdd gpio/y.c"));
+    expectDone(runCommand(dir.path(), {"remove", "a.hdf", "drivers/gpio/y.c"}));
+    EXPECT_FALSE(contains(support::namesIn(dir / "a.hdf"), "gpio/y.c"));
+    EXPECT_TRUE(contains(support::namesIn(dir / "a.hdf"), "gpio/x.mdd"));
+    expectDone(runCommand(dir.path(), {"remove", "a.hdf", "gpio/x.mdd"}));
+    EXPECT_TRUE(HHDFHwDefUtils::getHDF(dir / "a.hdf")->getDriverFilesMap().empty());
 }
 
 TEST(Remove, refusesWhatIsNotThereAndTheBom)

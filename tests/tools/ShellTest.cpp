@@ -56,6 +56,7 @@ std::string offeredByZsh(const TempDir& dir, const std::string& words)
     support::writeFile(
         dir / "offer.zsh",
         "compadd() { while [[ $1 != -- ]]; do shift; done; shift; print -r -- \"$*\" >>offer }\n"
+        "compset() { : }\n"
         "_files() { print -r -- files \"$@\" >>offer }\n"
         "words=(" +
             words + ")\nCURRENT=${#words}\n. " HWDEF_COMPLETIONS "/_hwdef\n");
@@ -109,6 +110,7 @@ TEST(Complete, offersVerbsOptionsAndTypes)
     EXPECT_EQ(completed("/", {"build", "a.bit:BI"}), "a.bit:BIT ");
     EXPECT_EQ(completed("/", {"set", "a.hdf", "pa"}), "part= package= ");
     EXPECT_EQ(completed("/", {"list", ""}), "<file> ");
+    EXPECT_EQ(completed("/", {"build", "--output=a"}), "<file> ");
     EXPECT_EQ(completed("/", {"extract", "a.hdf", "-C", ""}), "<directory> ");
     EXPECT_EQ(completed("/", {"nope", ""}), "");
     EXPECT_EQ(completed("/", {"--color", "never", "exp"}), "explode ");
@@ -133,6 +135,8 @@ TEST(Complete, servesBash)
     EXPECT_EQ(offered(dir, "hwdef cat design.hdf top"), "top.hwh top.bit\n");
     EXPECT_EQ(offered(dir, "hwdef build in/top.bit:BI"), "BIT\n");
     EXPECT_EQ(offered(dir, "hwdef info des"), "design.hdf\n");
+    EXPECT_EQ(offered(dir, "hwdef build --output=des"), "design.hdf\n");
+    EXPECT_EQ(offered(dir, "hwdef list --type=HW_S"), "HW_SVD\n");
 }
 
 TEST(Complete, quotesForBashWhatAContainerNames)
@@ -166,6 +170,7 @@ TEST(Complete, servesZsh)
     EXPECT_EQ(offeredByZsh(dir, "hwdef cat design.hdf top"), "top.hwh top.bit\n");
     EXPECT_EQ(offeredByZsh(dir, "hwdef set design.hdf pa"), "part=\npackage=\n");
     EXPECT_EQ(offeredByZsh(dir, "hwdef info ''"), "files \n");
+    EXPECT_EQ(offeredByZsh(dir, "hwdef build --output=des"), "files \n");
     EXPECT_EQ(offeredByZsh(dir, "hwdef extract design.hdf -C ''"), "files -/\n");
 }
 

@@ -1,7 +1,7 @@
 # Completion of hwdef for bash: verbs, options, types, properties, and the members of the container that the
 # line names. The command itself knows what may come next.
 _hwdef() {
-    local line=${COMP_LINE:0:COMP_POINT} current start word
+    local line=${COMP_LINE:0:COMP_POINT} current start option word
     local -a words=()
     # Bash breaks words at ":" and "=", which belong to ours. A blank behind a backslash breaks none.
     # shellcheck disable=SC2162
@@ -14,6 +14,7 @@ _hwdef() {
     done
     # What stands in front of the last ":" or "=" is no part of what bash replaces.
     start=${current%"${current##*[:=]}"}
+    [[ $current == -*=* ]] && option=${current%%=*}= || option=
     COMPREPLY=()
     while IFS= read -r word; do
         case $word in
@@ -22,8 +23,8 @@ _hwdef() {
                 compopt -o filenames
                 [[ $word == '<file>' ]] && word=-f || word=-d
                 while IFS= read -r word; do
-                    COMPREPLY+=("${word#"$start"}")
-                done < <(compgen "$word" -- "$current")
+                    COMPREPLY+=("${word#"${start#"$option"}"}")
+                done < <(compgen "$word" -- "${current#"$option"}")
                 ;;
             *)
                 [[ $word == *= ]] && compopt -o nospace

@@ -121,9 +121,10 @@ void warnOfDrivers(const Recipe& recipe)
     }
 }
 
+/// A recipe has no type behind its name, which a file to pack can't do without.
 bool Build::isRecipe(const std::string& input)
 {
-    return input.ends_with(".json") && fs::is_regular_file(input);
+    return input.ends_with(".json");
 }
 
 void Build::checkMaySet(const Recipe& recipe) const

@@ -88,7 +88,8 @@ private:
             const Argument* const option = optionWithValue(last_.substr(0, sign));
             names = option == nullptr ? names : valuesOf(*option);
             for (std::string& name : names) {
-                name.insert(0, last_.substr(0, sign + 1));
+                // Where the shell is asked for paths, it knows what stands in front of them.
+                name.insert(0, name.starts_with('<') ? "" : last_.substr(0, sign + 1));
             }
             return names;
         }

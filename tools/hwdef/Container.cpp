@@ -122,6 +122,15 @@ void checkContent(const std::string& path)
     }
 }
 
+std::string joined(const std::vector<std::string>& words)
+{
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
 /// What to say when the library can't open a file that can be read.
 CommandError refusal(const std::string& path, HeldMessages& messages)
 {
@@ -135,11 +144,12 @@ CommandError refusal(const std::string& path, HeldMessages& messages)
     }
     if (!hasNoBom || messages.all().size() > 1) {
         messages.tellAll();
-        return failure(path, "the container can't be opened");
+        return failure(path, "the container can't be opened; \"hwdef verify\" tells what is wrong with it");
     }
     return failure(path,
                    "this is a zip archive without a bill of materials that can be read (\"hwdef.xml\" or "
-                   "\"sysdef.xml\" on its top level), not a hardware definition container, or a damaged one");
+                   "\"sysdef.xml\" on its top level), not a hardware definition container, or a damaged one: "
+                   "\"hwdef verify\" tells more");
 }
 
 std::unique_ptr<HHDFHwDef> tryToOpen(const std::string& path)
@@ -293,7 +303,7 @@ HHDFHwDefFileTypes::HWHFileType typeOf(const std::string& token)
     if (type == HHDFHwDefFileTypes::UNKNOWN && upper != "UNKNOWN") {
         const std::string hint = didYouMean(token, typeTokens());
         throw CommandError("there is no file type \"" + printable(token) + "\"" +
-                           (hint.empty() ? "; \"hwdef help list\" names them all" : hint));
+                           (hint.empty() ? "; the types are " + joined(typeTokens()) : hint));
     }
     return type;
 }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -53,15 +54,27 @@ private:
 
 const Registration<Explode> registration;
 
-/// Where a member's file goes, below the directory: the recipe's own name is taken.
-std::string pathOf(const std::string& member)
+/// The directory below the chosen one for the member of the recipe's own name, which is taken there: of a
+/// name that no other member's path begins with.
+std::string asideOf(const Container& container)
 {
-    return member == recipeName ? std::string("_/") + recipeName : member;
+    std::string aside = "_";
+    const auto isTaken = [&](const HHDFHwDefArchive::Member& member) {
+        return member.name == aside || member.name.starts_with(aside + "/");
+    };
+    const auto& members = container.archive->members();
+    while (std::any_of(members.begin(), members.end(), isTaken)) {
+        aside += '_';
+    }
+    return aside;
 }
 
-/// Gives every member its path.
-void setPaths(Recipe& recipe)
+/// Gives every member its path, where its file goes below the directory.
+void setPaths(Recipe& recipe, const std::string& aside)
 {
+    const auto pathOf = [&](const std::string& member) {
+        return member == recipeName ? aside + "/" + recipeName : member;
+    };
     for (Recipe::File& file : recipe.files) {
         file.path = pathOf(file.name);
     }
@@ -72,6 +85,17 @@ void setPaths(Recipe& recipe)
     }
     for (Recipe::Member& member : recipe.members) {
         member.path = member.name == recipe.bomName ? "" : pathOf(member.name);
+    }
+}
+
+/// A recipe is JSON, whose texts are UTF-8.
+void checkNames(const Container& container)
+{
+    for (const HHDFHwDefArchive::Member& member : container.archive->members()) {
+        if (!isUtf8(member.name)) {
+            throw CommandError(printable(container.path) + ": the name of member \"" +
+                               printable(member.name) + "\" isn't UTF-8, and no recipe can hold it");
+        }
     }
 }
 
@@ -95,7 +119,8 @@ void Explode::checkDirectory() const
 Recipe Explode::recipe(const Container& container) const
 {
     Recipe recipe = recipeOf(container);
-    if (!tellsAll(recipe, container)) {
+    const std::string bom = HHDFHwDefUtils::getFileBufferFromHDF(recipe.bomName, container.path);
+    if (!isUtf8(bom) || !tellsAll(recipe, container)) {
         Recipe verbatim;
         verbatim.bomPath = verbatim.bomName = recipe.bomName;
         for (const auto& member : container.archive->members()) {
@@ -107,7 +132,7 @@ Recipe Explode::recipe(const Container& container) const
         recipe = std::move(verbatim);
     }
     std::erase_if(recipe.members, [](const Recipe::Member& member) { return isDirectory(member.name); });
-    setPaths(recipe);
+    setPaths(recipe, asideOf(container));
     return recipe;
 }
 
@@ -116,7 +141,7 @@ void Explode::extract(const Container& container, const Recipe& recipe) const
     std::vector<std::string> names;
     for (const auto& member : container.archive->members()) {
         if (member.name == recipeName) {
-            container.archive->extract(member.name, dir_ + "/_");
+            container.archive->extract(member.name, dir_ + "/" + asideOf(container));
         } else if (!isDirectory(member.name) && (member.name != recipe.bomName || !recipe.bomPath.empty())) {
             names.push_back(member.name);
         }
@@ -138,9 +163,10 @@ bool Explode::givesSameBytes() const
 ExitCode Explode::run(Output& output)
 {
     const Container container = openContainer(containerPath());
+    checkNames(container);
     checkDirectory();
-    fs::create_directories(dir_);
     const Recipe recipe = this->recipe(container);
+    fs::create_directories(dir_);
     extract(container, recipe);
     const std::string path = dir_ + "/" + recipeName;
     writeWhole(path, recipeText(recipe));

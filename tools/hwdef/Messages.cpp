@@ -9,6 +9,7 @@
 namespace {
 
 Colours coloursOfErrors = Colours::AUTO;
+bool isSilent = false;  // as to what is no failure
 
 void writeError(Style style, const std::string& word, const std::string& text)
 {
@@ -43,8 +44,9 @@ void show(const ComMsg& message)
 void showMessages(bool isQuiet, Colours colours)
 {
     coloursOfErrors = colours;
-    ComMsgMgr::setHandler([isQuiet](const ComMsg& message) {
-        if (!isQuiet || message.mask == ComMsgMgr::FAILURE || message.mask == 0) {
+    isSilent = isQuiet;
+    ComMsgMgr::setHandler([](const ComMsg& message) {
+        if (!isSilent || message.mask == ComMsgMgr::FAILURE || message.mask == 0) {
             show(message);
         }
     });
@@ -52,7 +54,9 @@ void showMessages(bool isQuiet, Colours colours)
 
 void tell(const std::string& text)
 {
-    writeError(Style::PLAIN, "", text);
+    if (!isSilent) {
+        writeError(Style::PLAIN, "", text);
+    }
 }
 
 void tellError(const std::string& text)

@@ -8,7 +8,7 @@
 #include "platform/ComMsgMgr.h"
 
 /// Lets the library's messages go to standard error, one line each. With `isQuiet` only failures, and
-/// texts without a severity, do.
+/// texts without a severity, do, and tell() is silent.
 void showMessages(bool isQuiet, Colours colours);
 
 /// Tells the user something on standard error: `hwdef: TEXT`, further lines as they are.

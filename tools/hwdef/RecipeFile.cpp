@@ -3,6 +3,7 @@
 #include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -148,6 +149,17 @@ public:
 
     bool has(const char* key) const { return object().HasMember(key); }
 
+    /// Refuses every other key: it would be passed over, which hides a slip.
+    void allow(const std::vector<std::string>& keys) const
+    {
+        for (const auto& member : object().GetObject()) {
+            const std::string key(member.name.GetString(), member.name.GetStringLength());
+            if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
+                refuse("there is no key \"" + printable(key) + "\"" + didYouMean(key, keys));
+            }
+        }
+    }
+
     Node at(const char* key) const
     {
         const auto found = object().FindMember(key);
@@ -239,6 +251,9 @@ public:
 
     Recipe read(const Node& root) const
     {
+        root.allow({"recipe", "properties", "digest", "stacked", "dies", "attributes", "files", "drivers",
+                    "partitions", "configurations", "bom", "members", "comment", "archiveDigest",
+                    "modified"});
         Recipe recipe;
         root.eachText("properties", [&](const auto& key, const auto& value) {
             recipe.properties.emplace_back(key, value);
@@ -266,6 +281,7 @@ private:
 
     Recipe::File file(const Node& node) const
     {
+        node.allow({"path", "type", "role", "hierarchy", "sourceDatabase", "attributes"});
         Recipe::File file;
         file.path = resolved(node.at("path").text());
         file.name = std::filesystem::path(file.path).filename().string();
@@ -280,8 +296,10 @@ private:
 
     Recipe::Driver driver(const Node& node) const
     {
+        node.allow({"name", "files"});
         Recipe::Driver driver = {node.at("name").text(), {}};
         node.each("files", [&](const Node& one) {
+            one.allow({"name", "path"});
             driver.files.push_back({one.at("name").text(), resolved(one.text("path"))});
         });
         return driver;
@@ -289,8 +307,10 @@ private:
 
     static PartitionFacts::Partition partition(const Node& node)
     {
+        node.allow({"path", "defaultModule", "files"});
         PartitionFacts::Partition partition = {node.at("path").text(), node.text("defaultModule"), {}};
         node.each("files", [&](const Node& one) {
+            one.allow({"module", "file"});
             partition.files.push_back({one.at("module").text(), one.text("file")});
         });
         return partition;
@@ -298,9 +318,11 @@ private:
 
     static PartitionFacts::Configuration configuration(const Node& node)
     {
+        node.allow({"name", "active", "cells"});
         PartitionFacts::Configuration configuration = {
             node.at("name").text(), node.flag("active", false), {}};
         node.each("cells", [&](const Node& one) {
+            one.allow({"path", "module", "file"});
             PartitionFacts::Cell cell = {one.at("path").text(), one.text("module"), {}};
             if (!cell.module.empty()) {
                 cell.files.push_back(one.text("file"));
@@ -328,6 +350,7 @@ private:
         recipe.bomName =
             recipe.bomPath.empty() ? "" : std::filesystem::path(recipe.bomPath).filename().string();
         root.each("members", [&](const Node& node) {
+            node.allow({"name", "path"});
             recipe.members.push_back({node.at("name").text(), resolved(node.text("path"))});
         });
         recipe.comment = root.text("comment");
@@ -342,6 +365,9 @@ private:
 
 std::string readFile(const std::string& path)
 {
+    if (!std::filesystem::exists(path)) {
+        throw CommandError(printable(path) + ": there is no such file");
+    }
     std::ifstream file(path, std::ios::binary);
     std::ostringstream content;
     content << file.rdbuf();

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "CommandError.h"
 #include "Edit.h"
 #include "Text.h"
@@ -36,18 +38,39 @@ private:
 
 const Registration<Remove> registration;
 
+/// How many files of drivers had the name.
+std::size_t removeDriverFile(Recipe& recipe, const std::string& name)
+{
+    std::size_t count = 0;
+    for (Recipe::Driver& driver : recipe.drivers) {
+        count += std::erase_if(driver.files, [&](const auto& one) { return one.name == name; });
+    }
+    return count;
+}
+
+bool hasMember(const Recipe& recipe, const std::string& name)
+{
+    return std::any_of(recipe.members.begin(), recipe.members.end(),
+                       [&](const auto& one) { return one.name == name; });
+}
+
 /// Everything of a recipe that has the name; whether there was something.
 bool removeFrom(Recipe& recipe, const std::string& name)
 {
     const auto isNamed = [&](const auto& one) { return one.name == name; };
-    std::size_t count = std::erase_if(recipe.files, isNamed) + std::erase_if(recipe.members, isNamed);
-    for (Recipe::Driver& driver : recipe.drivers) {
-        // A driver's file may be packed without the directory that it is listed with.
-        count += std::erase_if(
-            driver.files, [&](const auto& one) { return isNamed(one) || one.name == "drivers/" + name; });
+    const std::size_t memberCount = std::erase_if(recipe.members, isNamed);
+    std::size_t count = memberCount + std::erase_if(recipe.files, isNamed);
+    std::size_t driverCount = removeDriverFile(recipe, name);
+    // A driver's file may be packed without the directory that it is listed with.
+    const std::string dir = "drivers/";
+    if (memberCount != 0 && driverCount == 0 && !hasMember(recipe, dir + name)) {
+        driverCount += removeDriverFile(recipe, dir + name);
+    } else if (memberCount == 0 && driverCount != 0 && name.starts_with(dir)) {
+        const std::string packed = name.substr(dir.size());
+        std::erase_if(recipe.members, [&](const auto& one) { return one.name == packed; });
     }
     std::erase_if(recipe.drivers, [](const Recipe::Driver& driver) { return driver.files.empty(); });
-    return count != 0;
+    return count + driverCount != 0;
 }
 
 void Remove::change(Recipe& recipe) const

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <vector>
@@ -82,6 +83,8 @@ int runReported(std::vector<std::string> words)
         if (ProgressLine::signal() == 0) {
             tellError(error.what());
         }
+    } catch (const std::filesystem::filesystem_error& error) {
+        tellError(printable(error.path1().string()) + ": " + error.code().message());
     } catch (const std::exception& error) {
         tellError(printable(error.what()));
     }
