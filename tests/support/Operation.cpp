@@ -6,6 +6,7 @@
 #include "hwdef/utils/HHDFHwDefUtils.h"
 #include "support/BomDocument.h"
 #include "support/Container.h"
+#include "support/LargeOperations.h"
 #include "support/TempDir.h"
 
 namespace support {
@@ -303,7 +304,7 @@ const std::vector<Operation>& operations()
 {
     static const std::vector<Operation> all = [] {
         std::vector<Operation> list = writingOperations();
-        for (const auto& more : {memberOperations(), readingOperations()}) {
+        for (const auto& more : {memberOperations(), readingOperations(), largeOperations()}) {
             list.insert(list.end(), more.begin(), more.end());
         }
         return list;

@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// One operation of the library on a few tiny files in a directory, for tests that make each of its
+/// One operation of the library on a few small files in a directory, for tests that make each of its
 /// steps fail.
 struct Operation {
     std::string name;
