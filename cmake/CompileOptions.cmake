@@ -9,7 +9,8 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 find_program(HWDEF_CCACHE ccache)
 if(HWDEF_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${HWDEF_CCACHE})
+  # Without these it doesn't keep what was compiled with a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${HWDEF_CCACHE})
 endif()
 
 add_library(hwdef_options INTERFACE)
