@@ -10,6 +10,7 @@ _hwdef() {
     local -i last=${#words[@]}-1 n
     current=${words[last]}
     for ((n = 1; n < last; ++n)); do
+        # shellcheck disable=SC2088
         [[ ${words[n]} == "~/"* ]] && words[n]=$HOME${words[n]:1}
     done
     # What stands in front of the last ":" or "=" is no part of what bash replaces.

@@ -190,6 +190,17 @@ std::unique_ptr<HHDFHwDef> Merge::merged(const std::vector<Container>& container
     return definition;
 }
 
+void write(HHDFHwDef& merged, const std::string& path)
+{
+    HeldMessages messages;
+    const bool isWritten = merged.write(true);
+    messages.drop(" takes the place of the one from ");  // the report tells what met
+    messages.tellAll();
+    if (!isWritten) {
+        throw CommandError(printable(path) + ": the merged container can't be written");
+    }
+}
+
 /// The library leaves out what it can't add, and says so; here that is an error.
 void checkWritten(const std::vector<Container>& containers, const std::string& path)
 {
@@ -303,9 +314,7 @@ ExitCode Merge::run(Output& output)
     const bool isRefused = isStrict_ && haveConflict(meetings);
     const bool isWritten = !isDryRun_ && !isRefused;
     if (isWritten) {
-        if (!definition->write(true)) {
-            throw CommandError(printable(output_) + ": the merged container can't be written");
-        }
+        write(*definition, output_);
         checkWritten(containers, output_);
     }
     if (output.isJson()) {

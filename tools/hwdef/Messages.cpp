@@ -74,6 +74,12 @@ HeldMessages::~HeldMessages()
     ComMsgMgr::setHandler(earlier_);
 }
 
+void HeldMessages::drop(const std::string& part)
+{
+    std::erase_if(messages_,
+                  [&](const ComMsg& message) { return message.text.find(part) != std::string::npos; });
+}
+
 void HeldMessages::tellAll()
 {
     for (const ComMsg& message : messages_) {

@@ -27,6 +27,8 @@ public:
     const std::vector<ComMsg>& all() const { return messages_; }
     /// Gives all to whom they were kept from.
     void tellAll();
+    /// Drops those whose text holds that part.
+    void drop(const std::string& part);
 
 private:
     std::vector<ComMsg> messages_;
