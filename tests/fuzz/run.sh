@@ -1,13 +1,18 @@
 #!/bin/sh
-# Usage: run.sh DIR SECONDS JOBS: runs each fuzz target of the build directory DIR for so many seconds,
-# JOBS at a time. What is found is kept in DIR/corpus for the next run, what fails in DIR/failed.
+# Usage: run.sh DIR SECONDS JOBS [TARGET]: runs each fuzz target of the build directory DIR, or one of them, for
+# so many seconds, JOBS at a time. What is found is kept in DIR/corpus for the next run, what fails in DIR/failed.
 set -eu
 dir=$1 seconds=$2 jobs=$3
 here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$dir/failed" "$dir/logs"
 
 run_one() {
-    target=$1 dictionary=$2
+    target=$1
+    case $target in
+        Archive) dictionary=archive ;;
+        Parameters | Settings) dictionary=parameters ;;
+        *) dictionary=bom ;;
+    esac
     mkdir -p "$dir/corpus/$target"
     if "$dir/fuzz_$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -max_len=16384 \
         -dict="$here/$dictionary.dict" -artifact_prefix="$dir/failed/$target-" \
@@ -21,8 +26,8 @@ run_one() {
 }
 
 if [ $# -gt 3 ]; then
-    run_one "$4" "$5"
+    run_one "$4"
     exit
 fi
-printf '%s\n' "Archive archive" "Opening bom" "Bom bom" "Parameters parameters" "Settings parameters" \
-    "RoundTrip bom" | xargs -P "$jobs" -L 1 sh "$0" "$dir" "$seconds" "$jobs"
+printf '%s\n' Archive Opening Bom Parameters Settings RoundTrip |
+    xargs -P "$jobs" -L 1 sh "$0" "$dir" "$seconds" "$jobs"

@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -86,7 +87,8 @@ TEST_P(FullDisk, leavesTheOldOrTheNewStateWhereverItEnds)
 {
     // Files that are larger at the start are still read, and grow no more.
     int reported = 0;
-    for (rlim_t bytes = 0; bytes <= 6000; bytes += bytes < 200 ? 8 : 97) {
+    const rlim_t most = std::max<rlim_t>(6000, aftermath_.largestBytes());
+    for (rlim_t bytes = 0; bytes <= most; bytes += bytes < 200 ? 8 : bytes < 6000 ? 97 : 20011) {
         aftermath_.reset();
         Aftermath::Outcome outcome;
         {

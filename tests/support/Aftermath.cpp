@@ -182,6 +182,15 @@ Aftermath::Aftermath(const Operation& operation) : operation_(operation), dir_(b
 
 Aftermath::~Aftermath() = default;
 
+std::uint64_t Aftermath::largestBytes() const
+{
+    std::size_t largest = 0;
+    for (const auto& [name, content] : after_) {
+        largest = std::max(largest, content.size());
+    }
+    return largest;
+}
+
 void Aftermath::reset()
 {
     for (const fs::directory_entry& entry : fs::directory_iterator(scratch())) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -57,6 +58,8 @@ public:
     std::string scratch() const { return base_ / "scratch"; }
     /// Whether the undisturbed operation changes files.
     bool writes() const { return before_ != after_; }
+    /// The largest file that the undisturbed operation leaves.
+    std::uint64_t largestBytes() const;
     /// Puts the directory to its state before the operation.
     void reset();
     /// Runs the operation, with calls in front and behind. An exception other than std::bad_alloc fails
