@@ -12,7 +12,7 @@ BENCH := build/bench
 BENCH_RUN = python3 -B benchmarks/tools/run.py --bin $(BENCH)/benchmarks --built examples/blinky/built \
     --cache $(BENCH)/corpus
 
-.PHONY: help demo test asan tsan soak fuzz coverage valgrind build debug install deb abi abi-record docs pages lint format format-check tarball tarball-check \
+.PHONY: help demo test asan asan-smoke tsan soak fuzz coverage valgrind build debug install deb abi abi-record docs pages lint format format-check tarball tarball-check \
     compilers bench bench-smoke \
     bench-build packages configure clean
 
@@ -27,9 +27,17 @@ demo: configure ## Build containers from real design files, open, check and dama
 test: build ## Build and run every test
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_FLAGS)
 
-asan: ## Build and run every test under the address and undefined-behaviour sanitizers
+asan: ## Run every test, and fuzz a little, under the address and undefined-behaviour sanitizers
 	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/fuzz-packages.txt
 	@$(MAKE) --no-print-directory test PRESET=asan
+
+asan-smoke: ## The part of asan that handles untrusted bytes, fuzzing included
+	@sh packaging/install-packages.sh packaging/debian-packages.txt packaging/fuzz-packages.txt
+	@cmake --preset asan >/dev/null
+	@cmake --build --preset asan -j $(JOBS) --target fuzzers \
+	    tests_platform_iostreams tests_bom tests_container tests_hostile
+	cd build/asan && ctest --output-on-failure -j $(JOBS) \
+	    -L '^(fuzz|tests_(platform_iostreams|bom|container|hostile))$$'
 
 tsan: ## Run the tests with threads under the thread sanitizer
 	@$(MAKE) --no-print-directory configure PRESET=tsan
@@ -127,7 +135,7 @@ bench-smoke: bench-build ## Run every benchmark once on a small corpus; only res
 bench-build: packages
 	@sh packaging/install-packages.sh packaging/benchmark-packages.txt
 	@cmake -S . -B $(BENCH) -G Ninja -DCMAKE_BUILD_TYPE=Release -DHWDEF_BUILD_BENCHMARKS=ON \
-	    -DHWDEF_BUILD_TESTS=OFF -DHWDEF_BUILD_EXAMPLES=OFF >/dev/null
+	    -DHWDEF_BUILD_TESTS=OFF -DHWDEF_BUILD_EXAMPLES=OFF -DHWDEF_WERROR=$(if $(CI),ON,OFF) >/dev/null
 	@cmake --build $(BENCH) -j $(JOBS) --target benchmarks
 
 packages: ## Install the Debian packages that are missing

@@ -33,9 +33,14 @@ if(TARGET hwdef_command)
   install(TARGETS hwdef_command RUNTIME COMPONENT command)
   install(DIRECTORY ${CMAKE_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
     COMPONENT command FILES_MATCHING PATTERN "*.1")
-  # The completions, under the names by which the shells look for them.
+  # The completions, where the shells look for them: zsh of Debian has one place for packages, and one below
+  # /usr/local.
+  set(zsh_place site-functions)
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(zsh_place vendor-completions)
+  endif()
   install(FILES tools/completions/hwdef.bash RENAME hwdef
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT command)
   install(FILES tools/completions/_hwdef
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT command)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_place} COMPONENT command)
 endif()

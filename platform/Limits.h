@@ -7,7 +7,7 @@
 /// What an archive that nobody vouches for may make this process take, all limits in one place.
 ///
 /// Each is a parameter of the parameter manager, read anew at every use: a caller who trusts his
-/// containers raises it by HPAParamMgr::getParamMgr()->setValue(name, bytes in decimal digits). A value
+/// containers raises it by HPAParamMgr::getParamMgr()->setValue(name, bytes or seconds in decimal digits). A value
 /// that is no such number counts as not set.
 namespace platform::limits {
 

@@ -26,8 +26,12 @@ constexpr CatalogueMessage catalogue[] = {
     {"@64-10@", "the output path is empty; the path of the container to write is expected",
      "a container is to be built from files, and no output path is given", "pass the path of the container"},
     {"@64-11@%s", "the member[ \"%1\"] reads as empty; a BOM document is expected",
-     "the BOM of the container to open has no bytes, or they can't be unpacked",
-     "write the container again; its BOM is damaged"},
+     "the BOM of the container to open has no bytes, can't be unpacked, or is beyond a limit to memory or "
+     "time; "
+     "a text in front says which",
+     "write the container again, its BOM is damaged; when a limit is named and the container is trusted, "
+     "raise it "
+     "(platform/Limits.h)"},
     {"@64-12@%s", "[%1: ]no definition is given; at least one to merge is expected",
      "definitions are to be merged, and the list of them is empty", "pass at least one definition"},
     {"@64-13@", "the path of the merged container is empty; the path of the container to make is expected",

@@ -52,9 +52,10 @@ public:
     ///
     /// Attributes and source database go to the first entry of that file name, as addFileAttrs and
     /// setHwSrcDB of the definition find it. An element of the type DRIVER_SRC makes no entry: see
-    /// populateDriverFiles, whose result it has. A "Name" of that type that is absolute, climbs out
-    /// of the unzip directory or passes through a link that leaves it is refused: false after one
-    /// text by ComMsgMgr::sendMessage that names it, nothing is read.
+    /// populateDriverFiles, whose result it has. A "Name" of that type that climbs out of the
+    /// unzip directory or passes through a link that leaves it is refused: false after one text by
+    /// ComMsgMgr::sendMessage that names it, nothing is read. One with "/" in front is one below the unzip
+    /// directory.
     bool populateFiles(HXMLWElement* element);
     /// The drivers, as files of the container below `driverPath` (empty: the unzip directory), "/"
     /// and "drivers", which becomes the drivers' top directory. A file without "PATH" is passed over,
