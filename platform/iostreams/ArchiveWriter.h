@@ -37,8 +37,8 @@ public:
     bool addFile(const std::string& source, const std::string& name, std::string& reason);
     /// Adds a member of another archive as it is compressed there; its CRC-32 is kept, its content is
     /// not unpacked. Its local header is held against the directory as for reading. The archive may
-    /// be the one that this writer is about to replace. With Origin::KEPT it has the time, system and
-    /// attributes that it has there; extra fields and comments of members aren't taken over.
+    /// be the one that this writer is about to replace. With Origin::KEPT it has the time, system,
+    /// attributes, extra fields and comment that it has there.
     bool addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
                    std::string& reason, Origin origin = Origin::FIXED);
 

@@ -26,6 +26,7 @@ constexpr std::uint32_t attributesOfFile = 0100644U << 16U;  // st_mode of a pla
 /// directories would else be unpacked as something that can't be entered.
 constexpr std::uint32_t attributesOfDirectory = (0040755U << 16U) | 0x10U;
 constexpr std::size_t localZip64Bytes = 4 + 2 * 8;
+constexpr std::size_t longestZip64Bytes = 4 + 3 * 8 + 4;
 
 bool isSaturated(std::uint64_t number)
 {
@@ -129,6 +130,9 @@ struct RecordFacts {
     std::uint16_t madeBy;  ///< the system that the attributes are of, and a version
     std::uint32_t time;    ///< MS-DOS date and time
     std::uint32_t attributes;
+    std::uint16_t internalAttributes;
+    std::string extra;         ///< fields but that of zip64, which is made anew
+    std::string_view comment;  ///< lives as long as the record
 };
 
 /// That of a member to be written: what its record tells where it has one, and the same for all others.
@@ -136,10 +140,21 @@ RecordFacts factsOf(const Entry& entry)
 {
     if (!entry.record.empty()) {
         const char* const fixed = entry.record.data();
-        return {load16(fixed + 4), load32(fixed + 12), load32(fixed + 38)};
+        const std::string_view tail = entry.record.substr(DIRECTORY_HEADER_BYTES + load16(fixed + 28));
+        const std::uint16_t extraSize = load16(fixed + 30);
+        return {load16(fixed + 4),
+                load32(fixed + 12),
+                load32(fixed + 38),
+                load16(fixed + 36),
+                keptExtra(tail.substr(0, extraSize)),
+                tail.substr(extraSize)};
     }
-    return {madeByUnix, modificationTime(),
-            entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile};
+    return {madeByUnix,
+            modificationTime(),
+            entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile,
+            0,
+            {},
+            {}};
 }
 
 /// Version, flags, method, time, CRC-32 and sizes: the part that both kinds of header share.
@@ -148,7 +163,7 @@ void appendCommonFields(std::string& out, const Entry& entry, bool zip64, bool b
     append16(out, zip64 ? 45 : entry.method == METHOD_STORED ? 10 : 20);  // needed to extract, 4.4.3
     append16(out, needsUtf8Flag(entry.name) ? FLAG_UTF8 : 0);
     append16(out, entry.method);
-    append32(out, factsOf(entry).time);
+    append32(out, entry.record.empty() ? modificationTime() : load32(entry.record.data() + 12));
     append32(out, entry.crc);
     append32(out, bothSizes ? saturated32 : saturate(entry.compressedSize));
     append32(out, bothSizes ? saturated32 : saturate(entry.size));
@@ -170,6 +185,24 @@ std::size_t directoryRecordLength(std::string_view record)
 std::string_view directoryRecordName(std::string_view record)
 {
     return record.substr(DIRECTORY_HEADER_BYTES, load16(record.data() + 28));
+}
+
+std::string keptExtra(std::string_view extra)
+{
+    std::string kept;
+    while (extra.size() >= 4) {
+        const std::size_t size = 4 + std::min<std::size_t>(load16(extra.data() + 2), extra.size() - 4);
+        if (load16(extra.data()) != zip64Id) {
+            kept += extra.substr(0, size);
+        }
+        extra.remove_prefix(size);
+    }
+    return kept.size() + longestZip64Bytes <= saturated16 ? kept : std::string();
+}
+
+std::string_view localExtra(std::string_view header)
+{
+    return header.substr(LOCAL_HEADER_BYTES + load16(header.data() + 26), load16(header.data() + 28));
 }
 
 std::size_t localHeaderLength(std::string_view header)
@@ -294,12 +327,12 @@ void checkDescriptor(std::string_view bytes, const Entry& entry, const std::stri
                           std::to_string(entry.size) + ": it begins with " + found);
 }
 
-void appendLocalHeader(std::string& out, const Entry& entry)
+void appendLocalHeader(std::string& out, const Entry& entry, std::string_view extra)
 {
     const bool zip64 = needsLocalZip64(entry);
     append32(out, LOCAL_HEADER_SIGNATURE);
     appendCommonFields(out, entry, zip64, zip64);
-    append16(out, zip64 ? localZip64Bytes : 0);
+    append16(out, static_cast<std::uint16_t>((zip64 ? localZip64Bytes : 0) + extra.size()));
     out += entry.name;
     if (zip64) {
         append16(out, zip64Id);
@@ -307,6 +340,7 @@ void appendLocalHeader(std::string& out, const Entry& entry)
         append64(out, entry.size);
         append64(out, entry.compressedSize);
     }
+    out += extra;
 }
 
 void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t storedOffset)
@@ -322,10 +356,10 @@ void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t s
     const RecordFacts facts = factsOf(entry);
     append16(out, std::max<std::uint16_t>(facts.madeBy, (facts.madeBy & 0xff00U) | (zip64 ? 45U : 20U)));
     appendCommonFields(out, entry, zip64, false);
-    append16(out, static_cast<std::uint16_t>(zip64 ? 4 + extra.size() : 0));
-    append16(out, 0);  // length of the comment
+    append16(out, static_cast<std::uint16_t>((zip64 ? 4 + extra.size() : 0) + facts.extra.size()));
+    append16(out, static_cast<std::uint16_t>(facts.comment.size()));
     append16(out, 0);  // disk
-    append16(out, 0);  // internal attributes
+    append16(out, facts.internalAttributes);
     append32(out, facts.attributes);
     append32(out, saturate(storedOffset));
     out += entry.name;
@@ -334,6 +368,8 @@ void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t s
         append16(out, static_cast<std::uint16_t>(extra.size()));
         out += extra;
     }
+    out += facts.extra;
+    out += facts.comment;
 }
 
 std::size_t localHeaderLength(const Entry& entry)

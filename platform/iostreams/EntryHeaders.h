@@ -58,12 +58,18 @@ void checkDescriptor(std::string_view bytes, const Entry& entry, const std::stri
 /// Appends a local header for a member whose sizes are known, with a zip64 field only where a size
 /// needs one. The time of the entry's record, or the fixed one (see modificationTime) when it has none; UTF-8
 /// flag where the name needs it, no descriptor: the entry's own flags aren't looked at. The name must not be
-/// longer than 65535 bytes, and the member not encrypted.
-void appendLocalHeader(std::string& out, const Entry& entry);
+/// longer than 65535 bytes, and the member not encrypted. `extra` are more extra fields.
+void appendLocalHeader(std::string& out, const Entry& entry, std::string_view extra = {});
 
-/// Appends a directory record for the same member, with the attributes of the entry's record, or mode 0644
-/// (a directory's 0755) when it has none. `storedOffset` is the local header's offset as to be stored (from
-/// the first byte of the archive).
+/// The extra fields among these that another archive can take over: all but zip64's, and none when there
+/// would be no room for that.
+std::string keptExtra(std::string_view extra);
+/// The extra fields of the whole local header that `header` begins with.
+std::string_view localExtra(std::string_view header);
+
+/// Appends a directory record for the same member, with attributes, extra fields and comment of the entry's
+/// record, or mode 0644 (a directory's 0755) and nothing else when it has none. `storedOffset` is the local
+/// header's offset as to be stored (from the first byte of the archive).
 void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t storedOffset);
 
 /// How long appendLocalHeader's result for this entry is.

@@ -45,19 +45,20 @@ void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::s
     entry_.name = name_;
     if (origin == Origin::FIXED) {
         entry_.record = {};
+        extra_.clear();
     }
 }
 
 std::uint64_t MemberCopier::maxBytes() const
 {
-    return localHeaderLength(entry_) + entry_.compressedSize;
+    return localHeaderLength(entry_) + extra_.size() + entry_.compressedSize;
 }
 
 Entry MemberCopier::write(BufferedOutput& out)
 {
     entry_.headerOffset = out.position();
     header_.clear();
-    appendLocalHeader(header_, entry_);
+    appendLocalHeader(header_, entry_, extra_);
     out.write(header_);
     if (entry_.compressedSize > smallBytes) {
         copyLarge(out);
@@ -103,6 +104,7 @@ std::uint64_t MemberCopier::findData(const Entry& entry)
         header = view(entry.headerOffset, localHeaderLength(header));
     }
     const std::uint64_t offset = entry.headerOffset + checkLocalHeader(header, entry, archive_->path());
+    extra_ = keptExtra(localExtra(header));
     const std::uint64_t limit = archive_->dataLimit(entry);
     if (offset > limit || entry.compressedSize > limit - offset) {
         throw memberError(archive_->path(), entry.name,

@@ -35,6 +35,7 @@ private:
     const ArchiveReader* archive_ = nullptr;
     std::uint64_t dataOffset_ = 0;
     std::string header_;
+    std::string extra_;  ///< fields of the local header that are kept
 
     std::uint64_t windowOwner_ = 0;  ///< serial of the archive whose bytes the window holds
     std::uint64_t windowOffset_ = 0;

@@ -151,6 +151,31 @@ TEST(HHDFHwDefArchive, keepsTimesAndAttributesOfMembersItTakesOver)
     EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").members()[1].modified, 1830297598);
 }
 
+TEST(HHDFHwDefArchive, keepsExtraFieldsAndCommentsOfMembersItTakesOver)
+{
+    const TempDir dir;
+    support::ZipBuilder zip;
+    support::ZipMember& first = zip.addDeflated("hwdef.xml", std::string(3000, 'b'));
+    const std::string local = std::string("UT\x05") + std::string(1, '\0') + "\x01time";
+    const std::string listed = std::string("ab\x01") + std::string(1, '\0') + "c";
+    first.local.extra = local;
+    first.listed.extra = support::zip64Extra({}) + listed;
+    first.comment = "of the first";
+    zip.addStored("a.bit", "bits");
+    zip.write(dir / "a.hdf");
+    {
+        const HHDFHwDefArchive present(dir / "a.hdf");
+        HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}, {"a.bit", ""}}, &present, "", false);
+    }
+    const std::string written = support::readFile(dir / "a.hdf");
+    EXPECT_EQ(written.substr(28, 2), support::little(local.size(), 2));
+    EXPECT_EQ(written.substr(39, local.size()), local);
+    const std::size_t record = written.find("PK\x01\x02");
+    EXPECT_EQ(written.substr(record + 55, listed.size() + 12), listed + "of the first");
+    EXPECT_EQ(support::readArchive(dir / "a.hdf"),
+              (Members{{"hwdef.xml", std::string(3000, 'b')}, {"a.bit", "bits"}}));
+}
+
 TEST(HHDFHwDefArchive, streamsTheContentOfMembersOfAnyArchive)
 {
     const TempDir dir;

@@ -190,11 +190,78 @@ TEST(Build, saysWhereARecipeIsWrong)
                 "r.json: there is no key \"file\"; did you mean \"files\"?");
     expectError(build("{\"recipe\": 1, \"files\": [{\"path\": \"x\", \"type\": \"BIT\", \"rol\": \"\"}]}"),
                 "r.json: \"files\"[0]: there is no key \"rol\"; did you mean \"role\"?");
+    const std::string file = "{\"path\": \"x\", \"type\": \"HW_HANDOFF\"";
+    expectError(
+        build("{\"recipe\": 1, \"files\": [" + file + ", \"role\": \"DEFAULT_BDX\"}]}"),
+        "r.json: \"files\"[0]: \"role\": there is no role \"DEFAULT_BDX\"; did you mean \"DEFAULT_BD\"?");
+    expectError(build("{\"recipe\": 1, \"files\": [], \"files\": []}"),
+                "r.json: the key \"files\" stands here twice");
+    expectError(build("{\"recipe\": 1, \"partitions\": [{\"path\": \"t\"}]}"),
+                "r.json: \"partitions\"[0]: a partition has at least one of \"files\"");
+    expectError(build("{\"recipe\": 1, \"partitions\": [{\"path\": \"t\", \"defaultModule\": \"x\", "
+                      "\"files\": [{\"module\": \"y\"}]}]}"),
+                "r.json: \"partitions\"[0]: \"defaultModule\" is the module of none of \"files\"");
+    expectError(build("{\"recipe\": 1, \"configurations\": [{\"name\": \"c\"}]}"),
+                "r.json: \"configurations\"[0]: a configuration has at least one of \"cells\"");
+    expectError(build("{\"recipe\": 1, \"stacked\": true}"),
+                "r.json: \"stacked\" is told together with \"dies\"");
+    expectError(build("{\"recipe\": 1, \"bom\": \"hwdef.xml\", \"files\": []}"),
+                "r.json: \"files\" has no place beside \"bom\", which tells all of it");
+    expectError(build("{\"recipe\": 1, \"bom\": \"a.bit\"}"),
+                "\"a.bit\" can't be a bill of materials; its name is \"hwdef.xml\" or \"sysdef.xml\"");
+    expectError(build("{\"recipe\": 1, \"members\": [{\"name\": \"r.json\", \"path\": \"r.json\"}]}"),
+                "the bill of materials, \"hwdef.xml\", is missing among the members");
     expectError(runCommand(dir.path(), {"build", "-o", "o.hdf", "gone/recipe.json"}),
                 "gone/recipe.json: there is no such file");
     expectError(build("{\"recipe\": 1, \"properties\": {\"part\": 1}}"),
                 "r.json: \"properties\": \"part\": a text is expected");
     EXPECT_EQ(dir.list(), "r.json");
+}
+
+TEST(Build, packsWhatARecipesOrderForgets)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    writeFile(dir / "gpio/g.mdd", "driver");
+    const std::string order =
+        "\"members\": [{\"name\": \"a.bit\", \"path\": \"a.bit\"}, {\"name\": \"hwdef.xml\"}]";
+    const std::string files =
+        "\"files\": [{\"path\": \"a.bit\", \"type\": \"BIT\"}, {\"path\": \"gone\", \"type\": \"BIT\"}]";
+    writeFile(dir / "r.json", "{\"recipe\": 1, " + files + ", " + order + "}");
+    const CommandRun run =
+        runCommand(dir.path(), {"build", "-o", "a.hdf", "r.json", "--driver", "gpio=gpio"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "hwdef: \"gone\" is listed and not packed: there is no file gone\n");
+    EXPECT_EQ(support::namesIn(dir / "a.hdf"), "a.bit hwdef.xml drivers/gpio/g.mdd");
+    writeFile(dir / "r.json",
+              "{\"recipe\": 1, \"files\": [{\"path\": \"gpio/a.bit\", \"type\": \"BIT\"}], " + order + "}");
+    expectError(runCommand(dir.path(), {"build", "-o", "a.hdf", "r.json"}),
+                "\"a.bit\" is the name of two members");
+}
+
+TEST(Build, makesNoEntryOfDriverSources)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    const std::string text = "no file has the type DRIVER_SRC: drivers are added by \"hwdef build --driver\"";
+    expectError(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:DRIVER_SRC"}), text);
+    writeFile(dir / "r.json",
+              "{\"recipe\": 1, \"files\": [{\"path\": \"a.bit\", \"type\": \"DRIVER_SRC\"}]}");
+    expectError(runCommand(dir.path(), {"build", "-o", "a.hdf", "r.json"}), text);
+    writeFile(dir / "sysdef.xml", "a");
+    expectError(runCommand(dir.path(), {"build", "-o", "a.hdf", "sysdef.xml:BIT"}),
+                "\"sysdef.xml\" is the name of a bill of materials");
+}
+
+TEST(Explode, givesAListWithOneNameTwiceAgain)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    writeFile(dir / "copy.hdf", readFile(dir / "design.hdf"));
+    EXPECT_EQ(runCommand(dir.path(), {"merge", "design.hdf", "copy.hdf", "-o", "all.hdf"}).exitCode, 0);
+    EXPECT_EQ(runCommand(dir.path(), {"explode", "all.hdf", "parts"}).exitCode, 0);
+    expectDone(runCommand(dir.path(), {"build", "-o", "again.hdf", "parts/recipe.json"}));
+    EXPECT_EQ(support::readArchive(dir / "again.hdf"), support::readArchive(dir / "all.hdf"));
 }
 
 TEST(Explode, givesTheSameBytesAgain)
@@ -442,6 +509,31 @@ TEST(Add, refusesTheNameOfABom)
     writeFile(dir / "hwdef.xml", "<Project/>");
     expectError(runCommand(dir.path(), {"add", "design.hdf", "hwdef.xml:UNKNOWN"}),
                 "\"hwdef.xml\" is the name of a bill of materials");
+}
+
+TEST(Add, refusesTwoFilesOfOneName)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    writeFile(dir / "1/z.bit", "1");
+    writeFile(dir / "2/z.bit", "2");
+    const std::string before = readFile(dir / "design.hdf");
+    expectError(runCommand(dir.path(), {"add", "design.hdf", "1/z.bit:BIT", "2/z.bit:BIT"}),
+                "\"z.bit\" is the name of two members");
+    EXPECT_EQ(readFile(dir / "design.hdf"), before);
+}
+
+TEST(Set, takesTheLastOfTwoValuesAndNoOthersName)
+{
+    const TempDir dir;
+    support::writeArchive(dir / "a.hdf",
+                          {{"hwdef.xml", support::bomOfFiles("0", {})}, {"sysdef.xml", "other"}});
+    const CommandRun run =
+        runCommand(dir.path(), {"set", "a.hdf", "board=q", "board=r", "--rewrite-bom", "--json"});
+    EXPECT_FALSE(contains(run.out, "\"q\"")) << run.out;
+    EXPECT_TRUE(contains(run.out, "\"board\": \"r\"")) << run.out;
+    expectError(runCommand(dir.path(), {"set", "a.hdf", "mode=post"}),
+                "\"sysdef.xml\" is the name of two members");
 }
 
 TEST(Remove, removesMembersAndTheirEntries)

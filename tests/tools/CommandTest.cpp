@@ -151,6 +151,15 @@ TEST(Command, saysWhatStandsInPlaceOfAFileWhateverTheVerb)
     }
 }
 
+TEST(Command, takesNoEmptyPathForADirectory)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string text = "hwdef: error: \"\": this can't be the path of a directory\n";
+    EXPECT_EQ(errorOf(dir.path(), {"extract", "design.hdf", "-C", ""}), text);
+    EXPECT_EQ(errorOf(dir.path(), {"explode", "design.hdf", ""}), text);
+}
+
 TEST(Command, saysWhenAnArchiveLacksItsBom)
 {
     const TempDir dir;

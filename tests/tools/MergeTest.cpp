@@ -6,6 +6,7 @@
 #include "hwdef/hwdef.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
+#include "support/ZipBuilder.h"
 #include "tools/Command.h"
 #include "tools/Designs.h"
 
@@ -77,6 +78,41 @@ TEST(Merge, tellsWhatIsNotMerged)
         << run.out;
 }
 
+TEST(Merge, writesNothingWhenAMemberCantBeTakenOver)
+{
+    const TempDir dir;
+    writeMeeting(dir);
+    for (const std::string name : {"top.bit", "drivers/gpio_v1/src/gpio.c"}) {
+        support::ZipBuilder zip;
+        for (const auto& [member, content] : support::readArchive(dir / "design.hdf")) {
+            support::ZipMember& added = zip.addStored(member, content);
+            added.local.method = added.listed.method = member == name ? 14 : 0;
+        }
+        zip.write(dir / "packed.hdf");
+        writeFile(dir / "all.hdf", "old");
+        const CommandRun run =
+            runCommand(dir.path(), {"merge", "overlay.hdf", "packed.hdf", "-o", "all.hdf"});
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_TRUE(contains(run.error, "member \"" + name + "\"")) << run.error;
+        EXPECT_EQ(readFile(dir / "all.hdf"), "old");
+    }
+}
+
+TEST(Merge, tellsOfDriverFilesThatAreNotMerged)
+{
+    const TempDir dir;
+    for (const char* const file : {"1/gpio/g.mdd", "1/gpio/src/g.c", "2/gpio/g.mdd"}) {
+        writeFile(dir / file, "driver");
+    }
+    writeFile(dir / "a.bit", "a");
+    for (const std::string number : {"1", "2"}) {
+        expectDone(runCommand(dir.path(), {"build", "-o", number + ".hdf", "a.bit:BIT", "-s", "part=p",
+                                           "--driver", "gpio=" + number + "/gpio"}));
+    }
+    EXPECT_TRUE(contains(runCommand(dir.path(), {"merge", "1.hdf", "2.hdf", "-n"}).out,
+                         "  driver file  drivers/gpio/src/g.c  left out  of 1.hdf\n"));
+}
+
 TEST(Merge, tellsThatNoContainerGivesProperties)
 {
     const TempDir dir;
@@ -85,9 +121,21 @@ TEST(Merge, tellsThatNoContainerGivesProperties)
     expectDone(runCommand(dir.path(), {"build", "-o", "b.hdf", "a.bit:BIT"}));
     EXPECT_TRUE(runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "-n"})
                     .out.starts_with("properties from none, as no container names a part\n"));
-    EXPECT_TRUE(contains(runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "-n", "--json"}).out,
-                         "\"propertiesFrom\": \"\""));
+    const std::string json = runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "-n", "--json"}).out;
+    EXPECT_TRUE(contains(json, "\"propertiesFrom\": \"\""));
+    EXPECT_TRUE(contains(json, "\"name\": \"board\"")) << json;
     EXPECT_TRUE(runCommand(dir.path(), {"merge", "a.hdf", "-n"}).out.starts_with("properties from a.hdf\n"));
+}
+
+TEST(Merge, tellsThatDiesAreNotMerged)
+{
+    const TempDir dir;
+    writeFile(dir / "r.json",
+              "{\"recipe\": 1, \"properties\": {\"part\": \"p\"}, \"stacked\": true, \"dies\": 3}");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "r.json"}));
+    EXPECT_TRUE(
+        contains(runCommand(dir.path(), {"merge", "a.hdf", "-n"}).out,
+                 "  property  stacked  left out  of a.hdf\n  property  dies     left out  of a.hdf\n"));
 }
 
 TEST(Merge, mayReplaceOneOfItsContainers)

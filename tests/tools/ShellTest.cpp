@@ -150,6 +150,10 @@ TEST(Complete, quotesForBashWhatAContainerNames)
     EXPECT_EQ(offered(dir, "hwdef cat sp\\ ace.hdf my\\ "), "my\\ file.bit\n");
     EXPECT_EQ(offered(dir, "hwdef cat sp\\ ace.hdf my="), "\\$\\(touch\\$\\{IFS\\}pwned\\)=\n");
     EXPECT_EQ(offered(dir, "hwdef build a\\ b.bit:BI"), "BIT\n");
+    EXPECT_EQ(offered(dir, "hwdef cat \"sp ace.hdf\" hw"), "hwdef.xml\n");
+    EXPECT_EQ(offered(dir, "hwdef cat sp\" \"ace.hdf \"my f"), "my file.bit\n");
+    // Inside of quotes bash puts in what it is given, and takes nothing away in front of a colon or sign.
+    EXPECT_EQ(offered(dir, "hwdef cat \"sp ace.hdf\" \"my="), "my=\\$(touch\\${IFS}pwned)=\n");
 }
 
 TEST(Complete, findsContainersOfBashInTheHomeDirectory)

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include "CommandError.h"
 #include "Edit.h"
@@ -42,17 +43,20 @@ private:
 
 const Registration<Add> registration;
 
-/// Puts a file in the place of the entry of its name, or at the list's end.
+/// Puts a file in the place of all entries of its name, or at the list's end.
 void addTo(std::vector<Recipe::File>& list, const Recipe::File& file)
 {
-    const auto same = [&](const Recipe::File& other) { return other.name == file.name; };
-    const auto present = std::find_if(list.begin(), list.end(), same);
-    if (present == list.end()) {
-        list.push_back(file);
-        return;
+    bool isThere = false;
+    for (Recipe::File& other : list) {
+        if (other.name == file.name) {
+            other.path = file.path;
+            other.type = file.type;
+            isThere = true;
+        }
     }
-    present->path = file.path;
-    present->type = file.type;
+    if (!isThere) {
+        list.push_back(file);
+    }
 }
 
 /// Puts a member's file in its place, where the archive's order is told.
@@ -77,9 +81,6 @@ void Add::change(Recipe& recipe) const
         const bool isThere = std::any_of(present.begin(), present.end(), [&](const Recipe::Member& member) {
             return member.name == file.name;
         });
-        if (file.name == "hwdef.xml" || file.name == "sysdef.xml") {
-            throw CommandError("\"" + file.name + "\" is the name of a bill of materials");
-        }
         if (isThere && !isReplacing_) {
             throw CommandError(printable(containerPath()) + ": there is a member \"" + printable(file.name) +
                                "\" already; --replace replaces it");
@@ -92,8 +93,13 @@ void Add::change(Recipe& recipe) const
 
 ExitCode Add::run(Output& output)
 {
+    std::set<std::string> names;
     for (const std::string& input : inputs_) {
         files_.push_back(parseTypedFile(input));
+        const std::string& name = files_.back().name;
+        if (!names.insert(name).second) {
+            throw CommandError("\"" + printable(name) + "\" is the name of two members");
+        }
     }
     editContainer(containerPath(), leave_, [this](Recipe& recipe) { change(recipe); });
     if (output.isJson()) {

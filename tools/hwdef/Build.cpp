@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <filesystem>
-#include <map>
+#include <set>
 
 #include "CommandError.h"
 #include "Messages.h"
@@ -89,23 +89,12 @@ Recipe::Driver driverOf(const std::string& text)
     return driver;
 }
 
-void checkNames(const Recipe& recipe)
+void checkNames(const std::vector<Recipe::File>& files)
 {
-    const auto refuse = [](const std::string& name) {
-        throw CommandError("\"" + printable(name) + "\" is the name of two members");
-    };
-    std::map<std::string, std::string> paths = {{"hwdef.xml", ""}, {"sysdef.xml", ""}};
-    for (const Recipe::File& file : recipe.files) {
-        if (!paths.emplace(file.name, file.path).second) {
-            refuse(file.name);
-        }
-    }
-    for (const Recipe::Driver& driver : recipe.drivers) {
-        for (const Recipe::DriverFile& file : driver.files) {
-            // One file may belong to several drivers.
-            if (paths.emplace(file.name, file.path).first->second != file.path) {
-                refuse(file.name);
-            }
+    std::set<std::string> names;
+    for (const Recipe::File& file : files) {
+        if (!names.insert(file.name).second) {
+            throw CommandError("\"" + printable(file.name) + "\" is the name of two members");
         }
     }
 }
@@ -166,6 +155,7 @@ Recipe Build::recipe() const
         for (const std::string& input : inputs_) {
             recipe.files.push_back(parseTypedFile(input));
         }
+        checkNames(recipe.files);
         nameBom(recipe);
     }
     for (const std::string& text : drivers_) {
@@ -206,7 +196,6 @@ ExitCode Build::run(Output& output)
         throw CommandError("build: the container to write is missing: -o OUT");
     }
     const Recipe recipe = this->recipe();
-    checkNames(recipe);
     checkOutput(recipe);
     warnOfDrivers(recipe);
     cook(recipe, output_, nullptr);

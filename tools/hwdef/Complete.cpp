@@ -157,6 +157,7 @@ private:
             return {"<file>"};
         }
         Candidates words = typeTokens();
+        std::erase(words, HHDFHwDefFileTypes::getHWHFileTypeStr(HHDFHwDefFileTypes::DRIVER_SRC));
         for (std::string& word : words) {
             word.insert(0, last_.substr(0, colon + 1));
         }

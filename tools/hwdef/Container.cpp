@@ -220,6 +220,9 @@ void checkFile(const std::string& path)
 
 void checkDirectory(const std::string& path)
 {
+    if (path.empty()) {
+        throw failure(path, "this can't be the path of a directory");
+    }
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::exists(status) && !fs::is_directory(status)) {

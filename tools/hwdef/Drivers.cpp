@@ -89,7 +89,9 @@ bool Drivers::extract(const Container& container) const
 ExitCode Drivers::run(Output& output)
 {
     const Container container = openContainer(containerPath());
-    checkDirectory(dir_);
+    if (!dir_.empty()) {
+        checkDirectory(dir_);
+    }
     const bool isDone = dir_.empty() || extract(container);
     if (output.isJson()) {
         output.json().add("file", containerPath());

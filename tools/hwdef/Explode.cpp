@@ -120,7 +120,11 @@ Recipe Explode::recipe(const Container& container) const
 {
     Recipe recipe = recipeOf(container);
     const std::string bom = HHDFHwDefUtils::getFileBufferFromHDF(recipe.bomName, container.path);
-    if (!isUtf8(bom) || !tellsAll(recipe, container)) {
+    // A file of the document's own name would be packed in its place.
+    const bool listsItself =
+        std::any_of(recipe.files.begin(), recipe.files.end(),
+                    [&](const Recipe::File& file) { return file.name == recipe.bomName; });
+    if (listsItself || !isUtf8(bom) || !tellsAll(recipe, container)) {
         Recipe verbatim;
         verbatim.bomPath = verbatim.bomName = recipe.bomName;
         for (const auto& member : container.archive->members()) {

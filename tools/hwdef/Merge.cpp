@@ -190,6 +190,28 @@ std::unique_ptr<HHDFHwDef> Merge::merged(const std::vector<Container>& container
     return definition;
 }
 
+/// The library leaves a member out that it can't take over; here that is an error, before anything is
+/// written.
+void checkReadable(const std::vector<Container>& containers)
+{
+    HHDFHwDefArchive::Content content;
+    const auto check = [&](const Container& container, const HHDFHwDefArchive::Member* member) {
+        if (member != nullptr) {
+            content.open(*container.archive, member->name);
+        }
+    };
+    for (const Container& container : containers) {
+        for (const HHDFHwDefFile* const file : container.files()) {
+            check(container, container.archive->find(file->getFileName()));
+        }
+        for (const auto& [driver, files] : container.definition->getDriverFilesMap()) {
+            for (const HHDFHwDefDriver& file : files) {
+                check(container, container.driverMember(file));
+            }
+        }
+    }
+}
+
 void write(HHDFHwDef& merged, const std::string& path)
 {
     HeldMessages messages;
@@ -308,6 +330,7 @@ ExitCode Merge::run(Output& output)
             checkDigest(containers.back(), "--force merges it all the same");
         }
     }
+    checkReadable(containers);
     const auto definition = merged(containers);
     const auto omissions = omissionsOf(containers, *definition, propertySource(containers));
     const auto meetings = meetingsOf(containers);

@@ -20,6 +20,12 @@ public:
                 add("property", property.key);
             }
         }
+        if (container_.definition->isTIER() != merged_.isTIER()) {
+            add("property", "stacked");
+        }
+        if (container_.definition->getSLRNo() != merged_.getSLRNo()) {
+            add("property", "dies");
+        }
     }
 
     /// The names of a map that the merged definition's map lacks.
@@ -38,6 +44,24 @@ public:
         const HHDFHwDef& definition = *container_.definition;
         addMissing("partition", definition.getPartitionInfo(), merged_.getPartitionInfo());
         addMissing("configuration", definition.getPartitionConfigs(), merged_.getPartitionConfigs());
+    }
+
+    void addDriverFiles()
+    {
+        const auto& merged = merged_.getDriverFilesMap();
+        for (const auto& [driver, files] : container_.definition->getDriverFilesMap()) {
+            std::set<std::string> names;
+            if (const auto found = merged.find(driver); found != merged.end()) {
+                for (const HHDFHwDefDriver& file : found->second) {
+                    names.insert(file.getRelativeName());
+                }
+            }
+            for (const HHDFHwDefDriver& file : files) {
+                if (!names.contains(file.getRelativeName())) {
+                    add("driver file", file.getRelativeName());
+                }
+            }
+        }
     }
 
     void addMembers()
@@ -83,9 +107,10 @@ std::vector<Omission> omissionsOf(const std::vector<Container>& containers, cons
     std::vector<Omission> all;
     for (const Container& container : containers) {
         OmissionList list(container, merged);
-        if (&container == propertySource) {
+        if (propertySource == nullptr || &container == propertySource) {
             list.addProperties();
         }
+        list.addDriverFiles();
         list.addModel();
         list.addMembers();
         list.addComment();

@@ -7,8 +7,9 @@
 
 /// Something of a container that a merged definition doesn't have.
 struct Omission {
-    /// "property" (of the container that properties come from), "partition", "configuration", "member" (that
-    /// the bill of materials doesn't list) or "comment" (of the archive).
+    /// "property" (of the container that properties come from, of all when none gives them), "driver file"
+    /// (of a driver that a later container brings with other files), "partition", "configuration", "member"
+    /// (that the bill of materials doesn't list) or "comment" (of the archive).
     const char* kind;
     std::string name;  ///< a property's key, a path, or the comment itself
     const Container* container;

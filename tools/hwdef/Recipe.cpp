@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "CommandError.h"
+#include "RecipeCheck.h"
 #include "Text.h"
 #include "platform/HPAParamMgr.h"
 
@@ -263,6 +264,7 @@ bool tellsAll(const Recipe& recipe, const Container& container)
 
 void cook(const Recipe& recipe, const std::string& path, const HHDFHwDefArchive* present)
 {
+    checkRecipe(recipe);
     if (recipe.modified) {
         // The library reads it when it writes its first member; the process writes one container only.
         ::setenv("SOURCE_DATE_EPOCH", std::to_string(*recipe.modified).c_str(), 1);
@@ -271,7 +273,7 @@ void cook(const Recipe& recipe, const std::string& path, const HHDFHwDefArchive*
     const std::string bom =
         recipe.bomPath.empty() ? stageBom(recipe, path, scratch.getDir()) : recipe.bomPath;
     std::vector<HHDFHwDefArchive::Part> parts;
-    for (const auto& [name, file] : recipe.members.empty() ? membersOf(recipe) : recipe.members) {
+    for (const auto& [name, file] : partsOf(recipe)) {
         parts.push_back({name, name == recipe.bomName ? bom : file});
     }
     HHDFHwDefArchive::write(path, parts, present, recipe.comment, recipe.hasDigest);

@@ -7,10 +7,12 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <set>
 #include <sstream>
 
 #include "CommandError.h"
 #include "Text.h"
+#include "TypedFile.h"
 #include "platform/JsonWriter.h"
 
 namespace {
@@ -149,11 +151,15 @@ public:
 
     bool has(const char* key) const { return object().HasMember(key); }
 
-    /// Refuses every other key: it would be passed over, which hides a slip.
+    /// Refuses every other key, and one that stands there twice: it would be passed over, which hides a slip.
     void allow(const std::vector<std::string>& keys) const
     {
+        std::set<std::string> seen;
         for (const auto& member : object().GetObject()) {
             const std::string key(member.name.GetString(), member.name.GetStringLength());
+            if (!seen.insert(key).second) {
+                refuse("the key \"" + printable(key) + "\" stands here twice");
+            }
             if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
                 refuse("there is no key \"" + printable(key) + "\"" + didYouMean(key, keys));
             }
@@ -225,8 +231,12 @@ public:
             return;
         }
         const Node texts = at(key);
+        std::set<std::string> seen;
         for (const auto& member : texts.object().GetObject()) {
             const std::string name(member.name.GetString(), member.name.GetStringLength());
+            if (!seen.insert(name).second) {
+                texts.refuse("the key \"" + printable(name) + "\" stands here twice");
+            }
             visit(name, Node(member.value, texts.place_ + ": \"" + printable(name) + "\"").text());
         }
     }
@@ -285,13 +295,30 @@ private:
         Recipe::File file;
         file.path = resolved(node.at("path").text());
         file.name = std::filesystem::path(file.path).filename().string();
-        file.type = node.at("type").text();
-        file.role = node.text("role");
+        file.type = packedType(node.at("type").text());
+        file.role = role(node, file.type);
         file.hierarchy = node.text("hierarchy");
         file.sourceDatabase = node.text("sourceDatabase");
         node.eachText("attributes",
                       [&](const auto& name, const auto& value) { file.attributes[name] = value; });
         return file;
+    }
+
+    static std::string role(const Node& node, const std::string& type)
+    {
+        using Types = HHDFHwDefFileTypes;
+        const std::string role = node.text("role");
+        if (!role.empty() && Types::getHWHBDType(role) == Types::UNKNOWN_BD) {
+            std::vector<std::string> roles;
+            for (const auto known : {Types::DEFAULT_BD, Types::REFERENCE_BD, Types::SCOPED_BD}) {
+                roles.push_back(Types::getHWHBDTypeStr(known));
+            }
+            node.at("role").refuse("there is no role \"" + printable(role) + "\"" + didYouMean(role, roles));
+        }
+        if (!role.empty() && type != Types::getHWHFileTypeStr(Types::HW_HANDOFF)) {
+            node.at("role").refuse("only a file of the type HW_HANDOFF has a role");
+        }
+        return role;
     }
 
     Recipe::Driver driver(const Node& node) const
@@ -313,6 +340,13 @@ private:
             one.allow({"module", "file"});
             partition.files.push_back({one.at("module").text(), one.text("file")});
         });
+        const bool isKnown =
+            std::any_of(partition.files.begin(), partition.files.end(),
+                        [&](const auto& file) { return file.module == partition.defaultModule; });
+        if (partition.files.empty() || (!isKnown && !partition.defaultModule.empty())) {
+            node.refuse(partition.files.empty() ? "a partition has at least one of \"files\""
+                                                : "\"defaultModule\" is the module of none of \"files\"");
+        }
         return partition;
     }
 
@@ -329,12 +363,18 @@ private:
             }
             configuration.cells.push_back(cell);
         });
+        if (configuration.cells.empty()) {
+            node.refuse("a configuration has at least one of \"cells\"");
+        }
         return configuration;
     }
 
     static void readDies(const Node& root, Recipe& recipe)
     {
         if (!root.has("dies")) {
+            if (root.has("stacked")) {
+                root.refuse("\"stacked\" is told together with \"dies\"");
+            }
             return;
         }
         const std::int64_t dies = root.at("dies").number();
@@ -346,6 +386,13 @@ private:
 
     void readArchive(const Node& root, Recipe& recipe) const
     {
+        for (const char* const key : {"properties", "digest", "stacked", "dies", "attributes", "files",
+                                      "drivers", "partitions", "configurations"}) {
+            if (root.has("bom") && root.has(key)) {
+                root.refuse(std::string("\"") + key +
+                            "\" has no place beside \"bom\", which tells all of it");
+            }
+        }
         recipe.bomPath = resolved(root.text("bom"));
         recipe.bomName =
             recipe.bomPath.empty() ? "" : std::filesystem::path(recipe.bomPath).filename().string();

@@ -40,7 +40,10 @@ ExitCode Set::run(Output& output)
 {
     std::vector<Assignment> assignments;
     for (const std::string& text : assignments_) {
-        assignments.push_back(parseAssignment(text));
+        const Assignment assignment = parseAssignment(text);
+        // Of a key that is given twice the last value counts.
+        std::erase_if(assignments, [&](const Assignment& one) { return one.first == assignment.first; });
+        assignments.push_back(assignment);
     }
     editContainer(containerPath(), leave_, [&](Recipe& recipe) {
         for (const Assignment& assignment : assignments) {

@@ -7,6 +7,15 @@
 
 namespace fs = std::filesystem;
 
+std::string packedType(const std::string& token)
+{
+    const auto type = typeOf(token);
+    if (type == HHDFHwDefFileTypes::DRIVER_SRC) {
+        throw CommandError("no file has the type DRIVER_SRC: drivers are added by \"hwdef build --driver\"");
+    }
+    return HHDFHwDefFileTypes::getHWHFileTypeStr(type);
+}
+
 Recipe::File parseTypedFile(const std::string& text)
 {
     const std::size_t colon = text.rfind(':');
@@ -18,7 +27,10 @@ Recipe::File parseTypedFile(const std::string& text)
     Recipe::File file;
     file.path = text.substr(0, colon);
     file.name = fs::path(file.path).filename().string();
-    file.type = HHDFHwDefFileTypes::getHWHFileTypeStr(typeOf(text.substr(colon + 1)));
+    if (file.name == "hwdef.xml" || file.name == "sysdef.xml") {
+        throw CommandError("\"" + file.name + "\" is the name of a bill of materials");
+    }
+    file.type = packedType(text.substr(colon + 1));
     if (!fs::is_regular_file(file.path)) {
         throw CommandError(printable(file.path) + ": " +
                            (fs::exists(file.path) ? "this is " + kindOf(file.path) + ", not a file to pack"
