@@ -5,7 +5,10 @@
 #include <string>
 
 #include "hwdef/inspect/HHDFInspect.h"
+#include "platform/HPAParamMgr.h"
+#include "platform/Limits.h"
 #include "support/Container.h"
+#include "support/Messages.h"
 #include "support/TempDir.h"
 #include "support/ZipBuilder.h"
 
@@ -79,6 +82,31 @@ TEST(ContentDigest, doesNotDependOnTheFilesName)
     support::writeArchive(dir / "other.hdf", members);
 
     EXPECT_EQ(HHDFInspect::contentDigest(dir / "a.hdf"), HHDFInspect::contentDigest(dir / "other.hdf"));
+}
+
+TEST(ContentDigest, isNotMadeOfWhatIsBeyondALimitOrNoNumber)
+{
+    const TempDir dir;
+    support::ZipBuilder zip;
+    zip.addStored("hwdef.xml", support::bomOfFiles("7", {"a.bit"}));
+    zip.addDeflated("a.bit", std::string(5'000'000, 'x'));
+    zip.write(dir / "a.hdf");
+    support::writeArchive(dir / "x.hdf", {{"hwdef.xml", support::bomDocument("Version='1' Minor='x'", "")}});
+    const support::Messages messages;
+    EXPECT_EQ(HHDFInspect::contentDigest(dir / "x.hdf"), "");
+    auto* parameters = HPAParamMgr::getParamMgr();
+    parameters->setValue(platform::limits::MAX_DIGESTED, "4000");
+    EXPECT_EQ(HHDFInspect::contentDigest(dir / "a.hdf"), "");
+    parameters->setValue(platform::limits::MAX_DIGESTED, "");
+    parameters->setValue(platform::limits::MAX_DOCUMENT_MEMORY, "4000");
+    EXPECT_EQ(HHDFInspect::contentDigest(dir / "a.hdf"), "");
+    parameters->setValue(platform::limits::MAX_DOCUMENT_MEMORY, "");
+    ASSERT_EQ(messages.all().size(), 3u) << messages.joined();
+    EXPECT_NE(messages.all()[0].text.find("a version in the BOM is no number"), std::string::npos);
+    EXPECT_NE(messages.all()[1].text.find("member \"a.bit\" has 5000000 bytes, no more than "),
+              std::string::npos);
+    EXPECT_NE(messages.all()[2].text.find("bytes of memory that are allowed"), std::string::npos)
+        << messages.joined();
 }
 
 TEST(ContentDigest, standsBesideTheDigestOfTheFile)

@@ -194,6 +194,83 @@ TEST(Verification, findsMembersThatAreListedTwiceOrLeadOut)
     EXPECT_EQ(findings[2].member, "x/../../etc");
 }
 
+TEST(Verification, findsNamesThatLeadOut)
+{
+    const TempDir dir;
+    support::ZipBuilder zip;
+    zip.addStored("hwdef.xml", bomDocument(version, listsA));
+    zip.addStored("a.bit", "bits");
+    zip.addStored("/etc/x", "evil");
+    zip.addStored(std::string("a\0b", 3), "evil");
+    zip.write(dir / "a.hdf");
+    const std::string text = linesOf(verified(dir / "a.hdf", Level::QUICK));
+    EXPECT_NE(text.find("warning archive.unsafe-name [/etc/x]"), std::string::npos) << text;
+    EXPECT_NE(text.find("warning archive.unsafe-name [a" + std::string(1, '\0')), std::string::npos) << text;
+}
+
+TEST(Verification, findsBytesInFrontOfAnArchive)
+{
+    const TempDir dir;
+    support::ZipBuilder zip;
+    zip.prefix = "stub";
+    zip.addStored("hwdef.xml", bomDocument(version, listsA));
+    zip.addStored("a.bit", "bits");
+    zip.write(dir / "a.hdf");
+    const std::string text = linesOf(verified(dir / "a.hdf", Level::QUICK));
+    EXPECT_NE(text.find("notice archive.leading-bytes [] 4 bytes stand in front of the archive\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(Verification, tellsWhyTheBomCantBeRead)
+{
+    const TempDir dir;
+    const std::string bom = bomDocument(version, listsA);
+    support::writeArchive(dir / "a.hdf", {{"hwdef.xml", bom}, {"a.bit", "bits"}});
+    auto* parameters = HPAParamMgr::getParamMgr();
+    parameters->setValue(platform::limits::MAX_MEMBER_IN_MEMORY, "10");
+    const std::string large = linesOf(verified(dir / "a.hdf", Level::QUICK));
+    parameters->setValue(platform::limits::MAX_MEMBER_IN_MEMORY, "");
+    EXPECT_NE(large.find("error bom.too-large [hwdef.xml] has " + std::to_string(bom.size()) +
+                         " bytes, allowed are 10\n"),
+              std::string::npos)
+        << large;
+    support::patchFile(dir / "a.hdf", "a.bit", "a.bat");
+    const std::string damaged = linesOf(verified(dir / "a.hdf", Level::QUICK));
+    EXPECT_NE(damaged.find("error bom.unreadable [hwdef.xml] "), std::string::npos) << damaged;
+    EXPECT_NE(damaged.find("CRC-32"), std::string::npos) << damaged;
+}
+
+TEST(Verification, looksIntoNoMemberThatCantBeUnpacked)
+{
+    const TempDir dir;
+    support::ZipBuilder zip;
+    zip.addStored("hwdef.xml", bomDocument(version, listsA));
+    support::ZipMember& member = zip.addStored("a.bit", "bits");
+    member.local.method = member.listed.method = 14;
+    zip.write(dir / "a.hdf");
+    const Findings findings = verified(dir / "a.hdf");
+    ASSERT_EQ(findings.size(), 2u) << linesOf(findings);
+    EXPECT_EQ(findings[0].id + " " + findings[0].member, "archive.unsupported a.bit");
+    EXPECT_EQ(findings[1].id, "archive.no-digest");
+}
+
+TEST(Verification, holdsDigestsOfDriverFilesAgainstTheBom)
+{
+    const std::string text = found(
+        {{"hwdef.xml", bomDocument("Version='1' Minor='2' DIGEST='0'",
+                                   "<DRIVERS><DRIVER IP_VLNV='g'><File PATH='drivers/x.mdd' DIGEST='00'/>"
+                                   "<File PATH='drivers/y.c'/></DRIVER></DRIVERS>")},
+         {"drivers/x.mdd", "driver"},
+         {"drivers/y.c", "code"}});
+    EXPECT_NE(text.find("error bom.digest [drivers/x.mdd] :3 has the digest "), std::string::npos) << text;
+    EXPECT_NE(text.find(", recorded is \"00\"\n"), std::string::npos) << text;
+    EXPECT_NE(
+        text.find("error bom.digest [drivers/y.c] no digest is recorded, so that it counts as changed\n"),
+        std::string::npos)
+        << text;
+}
+
 TEST(Verification, findsAChangedArchiveAndBytesAroundIt)
 {
     const TempDir dir;
