@@ -77,7 +77,7 @@ void checkRecipe(const Recipe& recipe)
 
 std::vector<Recipe::Member> partsOf(const Recipe& recipe)
 {
-    const std::vector<Recipe::Member> packed = membersOf(recipe);
+    std::vector<Recipe::Member> packed = membersOf(recipe);
     if (recipe.members.empty()) {
         return packed;
     }

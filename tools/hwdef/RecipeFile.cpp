@@ -307,7 +307,7 @@ private:
     static std::string role(const Node& node, const std::string& type)
     {
         using Types = HHDFHwDefFileTypes;
-        const std::string role = node.text("role");
+        std::string role = node.text("role");
         if (!role.empty() && Types::getHWHBDType(role) == Types::UNKNOWN_BD) {
             std::vector<std::string> roles;
             for (const auto known : {Types::DEFAULT_BD, Types::REFERENCE_BD, Types::SCOPED_BD}) {
