@@ -7,8 +7,8 @@
 /// What an archive that nobody vouches for may make this process take, all limits in one place.
 ///
 /// Each is a parameter of the parameter manager, read anew at every use: a caller who trusts his
-/// containers raises it by HPAParamMgr::getParamMgr()->setValue(name, bytes or seconds in decimal digits). A value
-/// that is no such number counts as not set.
+/// containers raises it by HPAParamMgr::getParamMgr()->setValue(name, bytes or seconds in decimal digits). A
+/// value that is no such number counts as not set.
 namespace platform::limits {
 
 /// Largest member, in bytes as unpacked, that opening a container and the parameter reader take into
