@@ -326,3 +326,16 @@ TEST_F(ProgressOfCalls, aWatchChangesNoByte)
 
     EXPECT_TRUE(readFile(container) == before);
 }
+
+TEST_F(ProgressOfCalls, openingEndsWhereItsDigestsAreCancelled)
+{
+    support::writeArchive(dir / "a.hdf",
+                          {{"hwdef.xml", support::bomDocument("Version='1' Minor='2' DIGEST='0'",
+                                                              "<File Type='BIT' Name='a.bit'/>")},
+                           {"a.bit", "bits"}});
+    const Messages messages;
+    const ProgressWatch watch([](const Progress& progress) { return progress.member != "a.bit"; });
+    EXPECT_EQ(HHDFHwDefUtils::getHDF(dir / "a.hdf", true), nullptr);
+    ASSERT_EQ(messages.all().size(), 1u) << messages.joined();  // and it isn't called tampered with
+    EXPECT_NE(messages.all()[0].text.find("cancelled after "), std::string::npos);
+}
