@@ -54,19 +54,6 @@ void writeDesign(const std::string& dir)
     writeFile(dir + "/more", deceptiveBytes(4));
 }
 
-Result packageOpened(const std::string& dir)
-{
-    const auto def = Utils::getHDF(dir + "/design.hdf");
-    if (!def) {
-        return {};
-    }
-    // Not a second time when an earlier process was killed right behind its last step.
-    if (!def->isBomFileExistsWithName("more")) {
-        def->addFileToBom(dir + "/more", Types::BIT);
-    }
-    return ifTrue(def->write(true));
-}
-
 Result exportOver(const std::string& dir)
 {
     const auto def = Utils::getHDF(dir + "/design.hdf");

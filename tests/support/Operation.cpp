@@ -135,19 +135,6 @@ Result packageOver(const std::string& dir)
     return ifTrue(def->write(true));
 }
 
-Result packageOpened(const std::string& dir)
-{
-    const auto def = Utils::getHDF(dir + "/design.hdf");
-    if (!def) {
-        return {};
-    }
-    // Not a second time when an earlier process was killed right behind its last step.
-    if (!def->isBomFileExistsWithName("more")) {
-        def->addFileToBom(dir + "/more", Types::BIT);
-    }
-    return ifTrue(def->write(true));
-}
-
 Result packageFromArchive(const std::string& dir)
 {
     const auto def = Utils::createHDF(dir + "/new.hdf");
@@ -299,6 +286,19 @@ std::vector<Operation> readingOperations()
 }
 
 }  // namespace
+
+std::optional<std::string> packageOpened(const std::string& dir)
+{
+    const auto def = Utils::getHDF(dir + "/design.hdf");
+    if (!def) {
+        return {};
+    }
+    // Not a second time when an earlier process was killed right behind its last step.
+    if (!def->isBomFileExistsWithName("more")) {
+        def->addFileToBom(dir + "/more", Types::BIT);
+    }
+    return ifTrue(def->write(true));
+}
 
 const std::vector<Operation>& operations()
 {

@@ -25,6 +25,9 @@ struct Operation {
 /// Packaging, exports, additions, extractions, building, merging, opening and reading parameters.
 const std::vector<Operation>& operations();
 
+/// What some of them do: opens DIR/design.hdf, adds the file DIR/more when it isn't there yet, and writes it.
+std::optional<std::string> packageOpened(const std::string& dir);
+
 /// For the names of tests and their messages.
 std::ostream& operator<<(std::ostream& out, const Operation& operation);
 
