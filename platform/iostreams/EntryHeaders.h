@@ -15,6 +15,12 @@ constexpr std::uint32_t DESCRIPTOR_SIGNATURE = 0x08074b50;  ///< not always writ
 constexpr std::size_t LOCAL_HEADER_BYTES = 30;              ///< fixed part, APPNOTE 4.3.7
 constexpr std::size_t DIRECTORY_HEADER_BYTES = 46;          ///< fixed part, APPNOTE 4.3.12
 
+/// The extra field of the numbers that don't fit into a header (APPNOTE 4.5.3), and what stands there
+/// instead.
+constexpr std::uint16_t ZIP64_FIELD = 0x0001;
+constexpr std::uint32_t SATURATED_32 = 0xffffffff;
+constexpr std::uint16_t SATURATED_16 = 0xffff;
+
 /// General purpose bits (APPNOTE 4.4.4) that change how a member is read.
 constexpr std::uint16_t FLAG_ENCRYPTED = 1U << 0U;
 constexpr std::uint16_t FLAG_DESCRIPTOR = 1U << 3U;

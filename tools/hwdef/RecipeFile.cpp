@@ -7,17 +7,15 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <set>
 #include <sstream>
 
 #include "CommandError.h"
+#include "JsonNode.h"
 #include "Text.h"
 #include "TypedFile.h"
 #include "platform/JsonWriter.h"
 
 namespace {
-
-using Value = rapidjson::Value;
 
 constexpr std::uint64_t recipeVersion = 1;
 
@@ -142,124 +140,12 @@ void writeDefinition(platform::JsonWriter& json, const Recipe& recipe)
     writeConfigurations(json, recipe.partitions);
 }
 
-/// One value of the document, and where it stands, for messages.
-class Node {
-public:
-    Node(const Value& value, std::string place) : value_(&value), place_(std::move(place)) {}
-
-    [[noreturn]] void refuse(const std::string& text) const { throw CommandError(place_ + ": " + text); }
-
-    bool has(const char* key) const { return object().HasMember(key); }
-
-    /// Refuses every other key, and one that stands there twice: it would be passed over, which hides a slip.
-    void allow(const std::vector<std::string>& keys) const
-    {
-        std::set<std::string> seen;
-        for (const auto& member : object().GetObject()) {
-            const std::string key(member.name.GetString(), member.name.GetStringLength());
-            if (!seen.insert(key).second) {
-                refuse("the key \"" + printable(key) + "\" stands here twice");
-            }
-            if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
-                refuse("there is no key \"" + printable(key) + "\"" + didYouMean(key, keys));
-            }
-        }
-    }
-
-    Node at(const char* key) const
-    {
-        const auto found = object().FindMember(key);
-        if (found == object().MemberEnd()) {
-            refuse(std::string("\"") + key + "\" is missing");
-        }
-        return {found->value, place_ + ": \"" + key + "\""};
-    }
-
-    std::string text() const
-    {
-        if (!value_->IsString()) {
-            refuse("a text is expected");
-        }
-        return {value_->GetString(), value_->GetStringLength()};
-    }
-
-    /// The text under the key, empty when there is none.
-    std::string text(const char* key) const { return has(key) ? at(key).text() : std::string(); }
-
-    bool flag(const char* key, bool otherwise) const
-    {
-        if (!has(key)) {
-            return otherwise;
-        }
-        const Node node = at(key);
-        if (!node.value_->IsBool()) {
-            node.refuse("true or false is expected");
-        }
-        return node.value_->GetBool();
-    }
-
-    std::int64_t number() const
-    {
-        if (!value_->IsInt64()) {
-            refuse("a whole number is expected");
-        }
-        return value_->GetInt64();
-    }
-
-    /// Calls `visit` with each element of the array under the key; with none when there is no such key.
-    template <typename Visit>
-    void each(const char* key, Visit visit) const
-    {
-        if (!has(key)) {
-            return;
-        }
-        const Node list = at(key);
-        if (!list.value_->IsArray()) {
-            list.refuse("an array is expected");
-        }
-        std::size_t index = 0;
-        for (const Value& element : list.value_->GetArray()) {
-            visit(Node(element, list.place_ + "[" + std::to_string(index++) + "]"));
-        }
-    }
-
-    /// The same for the members of the object under the key, which are texts.
-    template <typename Visit>
-    void eachText(const char* key, Visit visit) const
-    {
-        if (!has(key)) {
-            return;
-        }
-        const Node texts = at(key);
-        std::set<std::string> seen;
-        for (const auto& member : texts.object().GetObject()) {
-            const std::string name(member.name.GetString(), member.name.GetStringLength());
-            if (!seen.insert(name).second) {
-                texts.refuse("the key \"" + printable(name) + "\" stands here twice");
-            }
-            visit(name, Node(member.value, texts.place_ + ": \"" + printable(name) + "\"").text());
-        }
-    }
-
-private:
-    const Value& object() const
-    {
-        if (!value_->IsObject()) {
-            refuse("an object is expected");
-        }
-        return *value_;
-    }
-
-    const Value* value_;
-    std::string place_;
-};
-
 /// Reads the parts of a recipe whose paths count from one directory.
 class Reader {
 public:
     explicit Reader(const std::filesystem::path& dir) : dir_(dir) {}
 
-    Recipe read(const Node& root) const
+    Recipe read(const JsonNode& root) const
     {
         root.allow({"recipe", "properties", "digest", "stacked", "dies", "attributes", "files", "drivers",
                     "partitions", "configurations", "bom", "members", "comment", "archiveDigest",
@@ -271,12 +157,13 @@ public:
         recipe.digest = root.text("digest");
         root.eachText("attributes",
                       [&](const auto& key, const auto& value) { recipe.attributes[key] = value; });
-        root.each("files", [&](const Node& node) { recipe.files.push_back(file(node)); });
-        root.each("drivers", [&](const Node& node) { recipe.drivers.push_back(driver(node)); });
+        root.each("files", [&](const JsonNode& node) { recipe.files.push_back(file(node)); });
+        root.each("drivers", [&](const JsonNode& node) { recipe.drivers.push_back(driver(node)); });
         root.each("partitions",
-                  [&](const Node& node) { recipe.partitions.partitions.push_back(partition(node)); });
-        root.each("configurations",
-                  [&](const Node& node) { recipe.partitions.configurations.push_back(configuration(node)); });
+                  [&](const JsonNode& node) { recipe.partitions.partitions.push_back(partition(node)); });
+        root.each("configurations", [&](const JsonNode& node) {
+            recipe.partitions.configurations.push_back(configuration(node));
+        });
         recipe.isStacked = root.flag("stacked", false);
         readDies(root, recipe);
         readArchive(root, recipe);
@@ -289,7 +176,7 @@ private:
         return path.empty() ? path : (dir_ / path).string();
     }
 
-    Recipe::File file(const Node& node) const
+    Recipe::File file(const JsonNode& node) const
     {
         node.allow({"path", "type", "role", "hierarchy", "sourceDatabase", "attributes"});
         Recipe::File file;
@@ -304,7 +191,7 @@ private:
         return file;
     }
 
-    static std::string role(const Node& node, const std::string& type)
+    static std::string role(const JsonNode& node, const std::string& type)
     {
         using Types = HHDFHwDefFileTypes;
         std::string role = node.text("role");
@@ -321,22 +208,22 @@ private:
         return role;
     }
 
-    Recipe::Driver driver(const Node& node) const
+    Recipe::Driver driver(const JsonNode& node) const
     {
         node.allow({"name", "files"});
         Recipe::Driver driver = {node.at("name").text(), {}};
-        node.each("files", [&](const Node& one) {
+        node.each("files", [&](const JsonNode& one) {
             one.allow({"name", "path"});
             driver.files.push_back({one.at("name").text(), resolved(one.text("path"))});
         });
         return driver;
     }
 
-    static PartitionFacts::Partition partition(const Node& node)
+    static PartitionFacts::Partition partition(const JsonNode& node)
     {
         node.allow({"path", "defaultModule", "files"});
         PartitionFacts::Partition partition = {node.at("path").text(), node.text("defaultModule"), {}};
-        node.each("files", [&](const Node& one) {
+        node.each("files", [&](const JsonNode& one) {
             one.allow({"module", "file"});
             partition.files.push_back({one.at("module").text(), one.text("file")});
         });
@@ -350,12 +237,12 @@ private:
         return partition;
     }
 
-    static PartitionFacts::Configuration configuration(const Node& node)
+    static PartitionFacts::Configuration configuration(const JsonNode& node)
     {
         node.allow({"name", "active", "cells"});
         PartitionFacts::Configuration configuration = {
             node.at("name").text(), node.flag("active", false), {}};
-        node.each("cells", [&](const Node& one) {
+        node.each("cells", [&](const JsonNode& one) {
             one.allow({"path", "module", "file"});
             PartitionFacts::Cell cell = {one.at("path").text(), one.text("module"), {}};
             if (!cell.module.empty()) {
@@ -369,7 +256,7 @@ private:
         return configuration;
     }
 
-    static void readDies(const Node& root, Recipe& recipe)
+    static void readDies(const JsonNode& root, Recipe& recipe)
     {
         if (!root.has("dies")) {
             if (root.has("stacked")) {
@@ -384,7 +271,7 @@ private:
         recipe.dies = static_cast<int>(dies);
     }
 
-    void readArchive(const Node& root, Recipe& recipe) const
+    void readArchive(const JsonNode& root, Recipe& recipe) const
     {
         for (const char* const key : {"properties", "digest", "stacked", "dies", "attributes", "files",
                                       "drivers", "partitions", "configurations"}) {
@@ -396,7 +283,7 @@ private:
         recipe.bomPath = resolved(root.text("bom"));
         recipe.bomName =
             recipe.bomPath.empty() ? "" : std::filesystem::path(recipe.bomPath).filename().string();
-        root.each("members", [&](const Node& node) {
+        root.each("members", [&](const JsonNode& node) {
             node.allow({"name", "path"});
             recipe.members.push_back({node.at("name").text(), resolved(node.text("path"))});
         });
@@ -459,7 +346,7 @@ Recipe readRecipe(const std::string& path)
         throw CommandError(printable(path) + ": byte " + std::to_string(document.GetErrorOffset()) + ": " +
                            rapidjson::GetParseError_En(document.GetParseError()));
     }
-    const Node root(document, printable(path));
+    const JsonNode root(document, printable(path));
     if (root.at("recipe").number() != static_cast<std::int64_t>(recipeVersion)) {
         root.at("recipe").refuse("only recipes of version 1 are known");
     }
