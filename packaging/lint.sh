@@ -15,7 +15,7 @@ commands=$clean/commands
 mkdir -p "$commands"
 sed 's/-Winvalid-pch//; s/-include [^ ]*cmake_pch\.hxx//' "$build/compile_commands.json" \
     >"$commands/compile_commands.json"
-common=$({ clang-tidy --version; cat .clang-tidy $(git ls-files '*.h' | grep -v '^examples/drivers/tree/'); } | sha256sum)
+common=$({ clang-tidy --version; cat .clang-tidy tests/.clang-tidy $(git ls-files '*.h' | grep -v '^examples/drivers/tree/'); } | sha256sum)
 # What this build doesn't compile (the fuzzer's, the benchmarks) has no command to be judged by.
 sources=$(git ls-files -- "$@" | grep '\.cpp$' | while read -r file; do
     ! grep -q "\"file\": \".*/$file\"" "$build/compile_commands.json" || echo "$file"
