@@ -35,12 +35,14 @@ Function* next(const char* name)
 
 }  // namespace
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types and lists of parameters take none
 #define HWDEF_INTERPOSE(result, name, failed, parameters, arguments)                \
     extern "C" __attribute__((visibility("default"))) result name parameters        \
     {                                                                               \
         static result(*const original) parameters = next<result parameters>(#name); \
         return mustFail() ? failed : original arguments;                            \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 HWDEF_INTERPOSE(int, stat, -1, (const char* path, struct stat* status), (path, status))
 HWDEF_INTERPOSE(int, lstat, -1, (const char* path, struct stat* status), (path, status))
