@@ -16,7 +16,7 @@ constexpr std::size_t mib = 1024 * 1024;
 /// A container of that many bytes, made on first use: noise stays as large as it is.
 std::string containerOf(const std::string& name, std::size_t mibs)
 {
-    const std::string path = workDir() + "/grown-" + name + ".hdf";
+    std::string path = workDir() + "/grown-" + name + ".hdf";
     if (!std::filesystem::exists(path)) {
         const std::string source = workDir() + "/grown.bin";
         const std::string noise = readFile(workDir() + "/corpus/random/noise00.bin").substr(0, mib);
