@@ -102,11 +102,13 @@ void add(ArchiveWriter& archive, const std::string& path, const HHDFHwDefArchive
 }
 
 /// Tells who watches how much there is to pack.
-void expectParts(const std::vector<HHDFHwDefArchive::Part>& parts, const HHDFHwDefArchive* present)
+void expectParts(std::uint64_t frontBytes, const std::vector<HHDFHwDefArchive::Part>& parts,
+                 const HHDFHwDefArchive* present)
 {
     if (!platform::ProgressWork::isWatched()) {
         return;
     }
+    platform::ProgressWork::expect(frontBytes);
     for (const HHDFHwDefArchive::Part& part : parts) {
         const auto* const member = present == nullptr ? nullptr : present->find(part.name);
         boost::system::error_code error;
@@ -202,14 +204,18 @@ void HHDFHwDefArchive::write(const std::string& path, const std::vector<Part>& p
                              const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest)
 {
     const platform::ProgressWork work(path);
-    expectParts(parts, present);
+    const ArchiveReader* const reader = present == nullptr ? nullptr : &present->impl_->reader_;
+    expectParts(reader == nullptr ? 0 : reader->membersBegin(), parts, present);
     ArchiveWriter archive(path, attachDigest ? ArchiveWriter::Digest::ATTACHED : ArchiveWriter::Digest::NONE);
+    if (reader != nullptr) {
+        archive.keepFront(*reader);
+    }
     for (const Part& part : parts) {
-        if (part.file.empty() && present == nullptr) {
+        if (part.file.empty() && reader == nullptr) {
             throw HEXAll(path + ": member \"" + part.name + "\" can't be added: it has no source");
         }
         const Entry* const entry = part.file.empty() ? &present->impl_->entry(part.name) : nullptr;
-        add(archive, path, part, present == nullptr ? nullptr : &present->impl_->reader_, entry);
+        add(archive, path, part, reader, entry);
     }
     archive.setComment(comment);
     archive.commit();

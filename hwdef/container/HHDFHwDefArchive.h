@@ -85,8 +85,8 @@ public:
 
     /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the
     /// comment. Parts without a file are taken from `present`, as they are compressed there and with the
-    /// times, attributes, extra fields and comments they have there (bytes in front of the archive aren't
-    /// kept); it may be the archive that is replaced, and may be null when all parts have files. With
+    /// times, attributes, extra fields and comments they have there, and so are the bytes in front of its
+    /// members; it may be the archive that is replaced, and may be null when all parts have files. With
     /// `attachDigest` the archive digest is recorded. Throws HEXAll, what stood at the path is then as it
     /// was.
     static void write(const std::string& path, const std::vector<Part>& parts,

@@ -139,6 +139,15 @@ const std::vector<Entry>& ArchiveReader::entries() const
     return impl_->entries();
 }
 
+std::uint64_t ArchiveReader::membersBegin() const
+{
+    std::uint64_t begin = directory().position();
+    for (const Entry& entry : entries()) {
+        begin = std::min(begin, entry.headerOffset);
+    }
+    return begin;
+}
+
 const Entry* ArchiveReader::find(std::string_view name) const
 {
     return impl_->find(name);

@@ -44,6 +44,9 @@ public:
     const Directory& directory() const;
     /// All listed members in directory order, a name that is listed twice included twice.
     const std::vector<Entry>& entries() const;
+    /// Where the first member in the file begins; the directory when there is none. What stands in front of
+    /// it belongs to no member.
+    std::uint64_t membersBegin() const;
     /// The member of that exact name, the last one when it is listed twice; null when there is none.
     /// The result lives as long as this object, but need not stand in entries(): two entries are the
     /// same one when their records are the same bytes in memory. The first call may cost a walk over the

@@ -1,10 +1,12 @@
 #include "platform/iostreams/ArchiveWriter.h"
 
 #include <limits>
-#include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "platform/ArchiveDigest.h"
+#include "platform/ProgressWork.h"
 #include "platform/ReplacementFile.h"
 #include "platform/iostreams/EndRecord.h"
 #include "platform/iostreams/EntryHeaders.h"
@@ -23,6 +25,7 @@ public:
 
     MemberWriter& files();
     MemberCopier& members();
+    void keepFront(const ArchiveReader& archive);
     bool contains(std::string_view name) const { return index_.find(name) != RecordIndex::NONE; }
     bool add(NewMember& member, std::string& reason);
     void commit();
@@ -31,14 +34,15 @@ public:
     std::string comment_;
 
 private:
-    void makeWay(std::size_t oldRecord, Entry& entry);
+    void dropReplaced();
     void writeDirectory(EndRecord& end);
 
     platform::ReplacementFile target_;
     BufferedOutput out_;
     const bool attachesDigest_;
-    std::string directory_;                       ///< the records, dropped ones included
-    std::map<std::size_t, std::size_t> dropped_;  ///< position and size of records in `directory_`
+    std::uint64_t prefixSize_ = 0;  ///< bytes in front that stored offsets don't count
+    std::string directory_;  ///< the records in the order of the members, until commit() replaced ones, too
+    std::set<std::size_t> replaced_;  ///< where records of members that others replaced begin in `directory_`
     RecordIndex index_{directory_};
     std::unique_ptr<MemberWriter> files_;
     std::unique_ptr<MemberCopier> members_;
@@ -68,17 +72,25 @@ MemberCopier& ArchiveWriter::Impl::members()
     return *members_;
 }
 
+void ArchiveWriter::Impl::keepFront(const ArchiveReader& archive)
+{
+    prefixSize_ = archive.endRecord().prefixSize;
+    platform::ProgressWork::copyInSteps(
+        {}, archive.membersBegin(),
+        [&](std::uint64_t offset, std::uint64_t size) { out_.copyFrom(archive.file(), size, offset); });
+}
+
 bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
 {
     const std::uint64_t begin = out_.position();
     try {
-        Entry entry = member.write(out_);
+        const Entry entry = member.write(out_);
         std::size_t& record = index_.placeOf(entry.name);
         if (record != RecordIndex::NONE) {
-            makeWay(record, entry);
+            replaced_.insert(record);
         }
         record = directory_.size();
-        appendDirectoryRecord(directory_, entry, entry.headerOffset);
+        appendDirectoryRecord(directory_, entry, entry.headerOffset - prefixSize_);
         return true;
     } catch (const SourceError& error) {
         out_.rewind(begin);
@@ -87,28 +99,40 @@ bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)
     }
 }
 
-/// Drops the member that the one just written replaces, and its bytes as well when it was the last.
-void ArchiveWriter::Impl::makeWay(std::size_t oldRecord, Entry& entry)
+/// Takes the members that others replaced out of the archive and the directory.
+void ArchiveWriter::Impl::dropReplaced()
 {
-    const Entry old = parseDirectoryRecord(std::string_view(directory_).substr(oldRecord), 0, path_);
-    const std::uint64_t end = old.headerOffset + localHeaderLength(old) + old.compressedSize;
-    dropped_.emplace(oldRecord, old.record.size());
-    if (end == entry.headerOffset) {
-        out_.removeStretch(old.headerOffset, end);
-        entry.headerOffset = old.headerOffset;
+    if (replaced_.empty()) {
+        return;
     }
+    const std::uint64_t end = out_.position();
+    const auto entryAt = [&](std::size_t record) {
+        return parseDirectoryRecord(std::string_view(directory_).substr(record), prefixSize_, path_);
+    };
+    std::vector<BufferedOutput::Stretch> gaps;
+    std::string kept;
+    std::uint64_t gapBytes = 0;
+    for (std::size_t record = 0; record < directory_.size();) {
+        const Entry entry = entryAt(record);
+        const std::size_t next = record + entry.record.size();
+        if (replaced_.contains(record)) {
+            gaps.push_back({entry.headerOffset, next < directory_.size() ? entryAt(next).headerOffset : end});
+            gapBytes += gaps.back().end - gaps.back().begin;
+        } else {
+            appendDirectoryRecord(kept, entry, entry.headerOffset - gapBytes - prefixSize_);
+        }
+        record = next;
+    }
+    out_.removeStretches(gaps);
+    directory_ = std::move(kept);
 }
 
 void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
 {
-    end.directoryOffset = out_.position();
-    std::size_t from = 0;
-    for (const auto& [record, size] : dropped_) {
-        out_.write(std::string_view(directory_).substr(from, record - from));
-        from = record + size;
-    }
-    out_.write(std::string_view(directory_).substr(from));
-    end.directorySize = out_.position() - end.directoryOffset;
+    end.prefixSize = prefixSize_;
+    end.directoryOffset = out_.position() - prefixSize_;
+    out_.write(directory_);
+    end.directorySize = directory_.size();
     end.entryCount = index_.size();
     std::string record;
     appendEndRecord(record, end);
@@ -129,13 +153,14 @@ void ArchiveWriter::Impl::commit()
                            "a comment of " + std::to_string(end.comment.size()) + " bytes is too long");
     }
     checkComment(path_, end.comment);
+    dropReplaced();
     writeDirectory(end);
     if (attachesDigest_) {
         const std::uint64_t covered = out_.position() - platform::ArchiveDigest::DIGITS;
         out_.overwrite(covered, out_.digest(covered));
     }
     out_.flush();
-    // A member that was taken back may have left more bytes than those that took its place.
+    // Members that were taken back or replaced may have left more bytes than those that took their place.
     target_.file().truncate(out_.position());
     target_.commit();
 }
@@ -151,6 +176,15 @@ ArchiveWriter::~ArchiveWriter() = default;
 void ArchiveWriter::setComment(std::string_view comment)
 {
     impl_->comment_ = comment;
+}
+
+void ArchiveWriter::keepFront(const ArchiveReader& archive)
+{
+    try {
+        impl_->keepFront(archive);
+    } catch (const platform::FileError& error) {
+        throw archiveError(impl_->path_, error);
+    }
 }
 
 bool ArchiveWriter::contains(std::string_view name) const

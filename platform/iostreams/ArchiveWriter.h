@@ -32,8 +32,11 @@ public:
     /// True when a member of that name was added.
     bool contains(std::string_view name) const;
 
+    /// Begins the new archive with the bytes that stand in front of another one's members, such as a program
+    /// that unpacks them. Before anything is added.
+    void keepFront(const ArchiveReader& archive);
     /// Adds a file from disk, which must be a regular one. A member of that name added before is
-    /// replaced. A name must have 1 to 65,535 bytes.
+    /// replaced, and leaves nothing behind. A name must have 1 to 65,535 bytes.
     bool addFile(const std::string& source, const std::string& name, std::string& reason);
     /// Adds a member of another archive as it is compressed there; its CRC-32 is kept, its content is
     /// not unpacked. Its local header is held against the directory as for reading. The archive may

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
-#include <cstring>
 
 #include "platform/ProgressWork.h"
 
@@ -91,29 +90,36 @@ void BufferedOutput::rewind(std::uint64_t position)
     flushed_ = std::min(flushed_, position);
 }
 
-void BufferedOutput::removeStretch(std::uint64_t from, std::uint64_t to)
+void BufferedOutput::removeStretches(const std::vector<Stretch>& stretches)
 {
-    const std::uint64_t end = position();
-    assert(from <= to && to <= end);
-    if (from >= flushed_) {
-        distrustFrom(from);
-        char* target = buffer_.data() + (from - flushed_);
-        std::memmove(target, buffer_.data() + (to - flushed_), static_cast<std::size_t>(end - to));
-        rewind(end - (to - from));
+    if (stretches.empty()) {
         return;
     }
+    const std::uint64_t end = position();
+    held_ = true;  // what is in the buffer is about to move
     flush();
-    distrustFrom(from);  // what the flush has digested, too
-    while (to < end) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - to, buffer_.size()));
-        if (file_.readAt(buffer_.data(), wanted, to) < wanted) {
+    rewind(stretches.front().begin);
+    platform::Buffer piece(bufferBytes);
+    auto gap = stretches.begin() + 1;
+    for (std::uint64_t at = stretches.front().end; at < end;) {
+        // What is written stays behind what is read, by the first stretch at least.
+        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(end - at, piece.size()));
+        if (file_.readAt(piece.data(), size, at) < size) {
             throw platform::FileError(file_.path(), "read back (the file ends early)", EIO);
         }
-        put({buffer_.data(), wanted}, from);
-        from += wanted;
-        to += wanted;
+        const std::uint64_t pieceBegin = at;
+        const std::uint64_t pieceEnd = at + size;
+        while (at < pieceEnd) {
+            const std::uint64_t keptEnd = gap == stretches.end() ? pieceEnd : std::min(pieceEnd, gap->begin);
+            write({piece.data() + (at - pieceBegin), static_cast<std::size_t>(keptEnd - at)});
+            at = keptEnd;
+            if (gap != stretches.end() && at == gap->begin) {
+                at = gap->end;
+                ++gap;
+            }
+        }
+        platform::ProgressWork::advance({}, 0);  // it can be cancelled here
     }
-    rewind(from);
 }
 
 void BufferedOutput::flush()

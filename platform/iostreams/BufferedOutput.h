@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/ArchiveDigest.h"
 #include "platform/Buffer.h"
@@ -21,6 +22,11 @@ namespace iostreams::zip {
 class BufferedOutput {
 public:
     static constexpr std::uint64_t NO_LIMIT = std::numeric_limits<std::uint64_t>::max();
+
+    struct Stretch {
+        std::uint64_t begin;
+        std::uint64_t end;
+    };
 
     /// Writes from `start` on, never at `limit` or behind it.
     BufferedOutput(const platform::File& file, std::uint64_t start, std::uint64_t limit = NO_LIMIT);
@@ -39,8 +45,9 @@ public:
     /// Takes back everything from `position` on. Bytes that have reached the file stay there until
     /// others take their place.
     void rewind(std::uint64_t position);
-    /// Takes the stretch from `from` to `to` out; what follows moves up.
-    void removeStretch(std::uint64_t from, std::uint64_t to);
+    /// Takes stretches out, which come in order and don't overlap; what is between and behind them moves up.
+    /// Bytes that have reached the file stay there as for rewind().
+    void removeStretches(const std::vector<Stretch>& stretches);
     /// Hands what is gathered to the file.
     void flush();
 

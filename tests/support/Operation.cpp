@@ -3,7 +3,10 @@
 #include <filesystem>
 #include <ostream>
 
+#include "hwdef/container/HHDFHwDefArchive.h"
 #include "hwdef/utils/HHDFHwDefUtils.h"
+#include "platform/ComMsgMgr.h"
+#include "platform/HEXAll.h"
 #include "support/BomDocument.h"
 #include "support/Container.h"
 #include "support/LargeOperations.h"
@@ -176,6 +179,25 @@ Result merge(const std::string& dir)
     return ifTrue(merged && merged->write(true));
 }
 
+/// Takes over the members of an archive, one of which is replaced by a later one.
+Result edit(const std::string& dir)
+{
+    const std::string path = dir + "/design.hdf";
+    try {
+        const HHDFHwDefArchive archive(path);
+        std::vector<HHDFHwDefArchive::Part> parts;
+        for (const auto& member : archive.members()) {
+            parts.push_back({member.name, ""});
+        }
+        parts.push_back({"a.bit", dir + "/more"});
+        HHDFHwDefArchive::write(path, parts, &archive, archive.comment(), archive.hasDigest());
+        return "done";
+    } catch (const HEXAll& error) {
+        ComMsgMgr::sendMessage(error.what(), false);
+        return {};
+    }
+}
+
 Result readMember(const std::string& dir)
 {
     const std::string content = Utils::getFileBufferFromHDF("b.elf", dir + "/design.hdf");
@@ -225,6 +247,7 @@ std::vector<Operation> writingOperations()
              writeArchive(dir + "/other.hdf", {{"hwdef.xml", bomOfFiles("3", {"o"})}, {"o", "content of o"}});
          },
          merge},
+        {"edit", [](auto& dir) { writeDesignAnd(dir, "more", "another content of a"); }, edit},
     };
 }
 

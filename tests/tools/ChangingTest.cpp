@@ -302,6 +302,17 @@ TEST(Explode, givesTheSameBytesOfAnotherTimeOrderAndNoDigestAgain)
     expectSameAgain(other, "turned.hdf");
 }
 
+TEST(Explode, givesTheSameBytesOfAMergeAgain)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    writeFile(dir / "new/top.bit", support::randomBytes(300000, 4));
+    writeFile(dir / "new/more.bit", "more");
+    expectDone(runCommand(dir.path(), {"build", "-o", "overlay.hdf", "new/more.bit:BIT", "new/top.bit:BIT"}));
+    expectDone(runCommand(dir.path(), {"merge", "-q", "design.hdf", "overlay.hdf", "-o", "all.hdf"}));
+    expectSameAgain(dir, "all.hdf");
+}
+
 TEST(Explode, keepsABomOfOtherHands)
 {
     const TempDir dir;
@@ -419,6 +430,26 @@ TEST(Set, givesTheOldBytesWhenItIsUndone)
     EXPECT_NE(readFile(dir / "design.hdf"), before);
     expectDone(runCommand(dir.path(), {"set", "design.hdf", "part=part-1"}));
     EXPECT_EQ(readFile(dir / "design.hdf"), before);
+}
+
+TEST(Set, keepsTheBytesInFrontOfAnArchive)
+{
+    const TempDir dir;
+    tools::writeDesign(dir.path());
+    const std::string archive = readFile(dir / "design.hdf");
+    writeFile(dir / "front.hdf", "#!/bin/sh\n" + archive);
+    expectError(
+        runCommand(dir.path(), {"set", "front.hdf", "part=other"}),
+        "front.hdf: the archive was changed after it was written: its digest is wrong; --force edits it all "
+        "the same, and records a new digest");
+    expectDone(runCommand(dir.path(), {"set", "--force", "front.hdf", "part=other"}));
+    expectDone(runCommand(dir.path(), {"set", "design.hdf", "part=other"}));
+    const std::string changed = readFile(dir / "design.hdf");
+    EXPECT_NE(changed, archive);
+    // They differ by the digest of more bytes at the end.
+    EXPECT_EQ(readFile(dir / "front.hdf").substr(0, changed.size() - 54),
+              "#!/bin/sh\n" + changed.substr(0, changed.size() - 64));
+    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(dir / "front.hdf")), HUTZip::INTACT);
 }
 
 TEST(Set, renamesTheBomWithTheMode)

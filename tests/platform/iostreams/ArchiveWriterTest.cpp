@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
 #include "support/Container.h"
@@ -93,6 +95,32 @@ TEST_F(ArchiveWriter, replacesAMemberOfTheSameName)
     writer.commit();
     EXPECT_EQ(support::namesIn(path_), "b a");
     EXPECT_EQ(support::memberOf(path_, "a"), "second");
+}
+
+TEST_F(ArchiveWriter, keepsNothingOfReplacedMembers)
+{
+    // Each digit stands for a member's name, content and size differ each time.
+    const std::vector<std::string> orders = {"00",      "0120",         "0011",
+                                             "0123012", "012345354210", "01234567654321"};
+    for (const auto digest : {Writer::Digest::NONE, Writer::Digest::ATTACHED}) {
+        for (const std::string& order : orders) {
+            std::string bytes[2];
+            for (const bool withReplaced : {false, true}) {
+                Writer writer(path_, digest);
+                for (std::size_t i = 0; i < order.size(); ++i) {
+                    if (withReplaced || order.find(order[i], i + 1) == std::string::npos) {
+                        const auto size = i * 7 % 5 * static_cast<std::size_t>(order[i] - '0') * 20011;
+                        add(writer, {order[i]}, support::randomBytes(size, static_cast<unsigned>(i)));
+                    }
+                }
+                writer.commit();
+                bytes[withReplaced] = support::readFile(path_);
+            }
+            EXPECT_TRUE(bytes[0] == bytes[1]) << order;
+        }
+        EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)),
+                  digest == Writer::Digest::ATTACHED ? HUTZip::INTACT : HUTZip::NO_DIGEST);
+    }
 }
 
 TEST_F(ArchiveWriter, cutsTheLastMemberWhenItIsReplaced)
@@ -215,6 +243,51 @@ TEST_F(ArchiveWriter, mayReplaceTheArchiveThatItCopiesFrom)
     writer.commit();
     EXPECT_EQ(support::readArchive(path_),
               (support::Members{{"b", "content of b"}, {"c", "new"}, {"a", "content of a"}}));
+}
+
+TEST_F(ArchiveWriter, keepsWhatStandsInFrontOfMembers)
+{
+    const std::string program = "#!/bin/sh\n" + support::textBytes(300000, 3);
+    support::writeArchive(path_, {{"a", "content of a"}, {"b", "content of b"}});
+    for (const bool isCounted : {false, true}) {
+        const std::string present = dir_ / "present.zip";
+        support::writeFile(present, program + support::readFile(path_));
+        if (isCounted) {
+            ASSERT_EQ(std::system(("zip -q -A '" + present + "'").c_str()), 0);
+        }
+        for (int time = 0; time < 2; ++time) {
+            const ArchiveReader from(present);
+            EXPECT_EQ(from.endRecord().prefixSize, isCounted ? 0 : program.size());
+            Writer writer(present, Writer::Digest::ATTACHED);
+            writer.keepFront(from);
+            EXPECT_TRUE(add(writer, "new", "first"));
+            EXPECT_TRUE(copy(writer, from, "b"));
+            EXPECT_TRUE(add(writer, "new", std::to_string(time)));
+            writer.commit();
+            EXPECT_EQ(support::readFile(present).substr(0, program.size()), program);
+            const ArchiveReader written(present);  // libzip reads no archives with bytes in front
+            EXPECT_EQ(written.endRecord().prefixSize, isCounted ? 0 : program.size());
+            ASSERT_EQ(written.entries().size(), 2U);
+            EXPECT_EQ(written.read(*written.find("b"), 100), "content of b");
+            EXPECT_EQ(written.read(*written.find("new"), 100), std::to_string(time));
+            EXPECT_EQ(std::system(("python3 -m zipfile -t '" + present + "' >/dev/null").c_str()), 0);
+            EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(present)), HUTZip::INTACT);
+        }
+    }
+}
+
+TEST_F(ArchiveWriter, keepsTheFrontOfAnArchiveWithoutMembers)
+{
+    support::writeFile(path_, "front");
+    const std::string empty = dir_ / "empty.zip";
+    Writer(empty).commit();
+    support::writeFile(path_, "front" + support::readFile(empty));
+    const std::string before = support::readFile(path_);
+    const ArchiveReader from(path_);
+    Writer writer(path_);
+    writer.keepFront(from);
+    writer.commit();
+    EXPECT_EQ(support::readFile(path_), before);
 }
 
 TEST_F(ArchiveWriter, attachesADigestOfAllItsOtherBytes)
@@ -370,6 +443,46 @@ TEST_F(ArchiveWriter, keepsTheOldArchiveWhenAnyCallFails)
         EXPECT_TRUE(support::readFile(path_) == before) << nth;
         EXPECT_EQ(dir_.list(), "new.hdf source") << nth;
     }
+}
+
+TEST_F(ArchiveWriter, keepsTheOldArchiveWhenAnyCallFailsWhileMembersMoveUp)
+{
+    support::writeArchive(path_, {{"old", "old content"}});
+    support::writeFile(path_, "front" + support::readFile(path_));
+    support::writeFile(dir_ / "source", support::randomBytes(3 * CHUNK, 13));
+    const std::string before = support::readFile(path_);
+    const auto write = [&] {
+        const ArchiveReader present(path_);
+        Writer writer(path_, Writer::Digest::ATTACHED);
+        writer.keepFront(present);
+        bool added = true;
+        for (const char* const name : {"a", "b", "a", "c", "b"}) {
+            added = added && writer.addFile(dir_ / "source", name, reason_);
+        }
+        if (added) {
+            writer.commit();
+        }
+        return added;
+    };
+    FailingSystemCalls counted;
+    EXPECT_TRUE(write());
+    const unsigned reads = counted.count(FailingSystemCalls::READ);
+    const std::string after = support::readFile(path_);
+    unsigned failures = 0;
+    for (unsigned nth = 1; nth <= reads; ++nth) {
+        support::writeFile(path_, before);
+        FailingSystemCalls calls;
+        calls.fail(FailingSystemCalls::READ, nth, EIO);
+        bool isWritten = false;
+        try {
+            isWritten = write();
+        } catch (const zip_exception&) {
+        }
+        failures += isWritten ? 0 : 1;
+        EXPECT_TRUE(support::readFile(path_) == (isWritten ? after : before)) << nth;
+        EXPECT_EQ(dir_.list(), "new.hdf source") << nth;
+    }
+    EXPECT_EQ(failures, reads);
 }
 
 TEST_F(ArchiveWriter, showsTheOldOrTheNewArchiveWhereverItDies)

@@ -76,10 +76,10 @@ TEST_F(BufferedOutput, takesAStretchOutOfTheBuffer)
 {
     Output out(file_, 0);
     out.write("keep-drop-move");
-    out.removeStretch(5, 10);
+    out.removeStretches({{5, 10}});
     out.write("!");
     out.flush();
-    EXPECT_EQ(content(), "keep-move!");
+    EXPECT_EQ(content().substr(0, static_cast<std::size_t>(out.position())), "keep-move!");
 }
 
 TEST_F(BufferedOutput, takesAStretchOutOfTheFile)
@@ -89,10 +89,54 @@ TEST_F(BufferedOutput, takesAStretchOutOfTheFile)
     out.flush();
     out.write(large_);
     out.write("tail");
-    out.removeStretch(5, 9);
+    out.removeStretches({{5, 9}});
     out.write("!");
     out.flush();
     EXPECT_EQ(content().substr(0, static_cast<std::size_t>(out.position())), "keep-" + large_ + "tail!");
+}
+
+TEST_F(BufferedOutput, takesManyStretchesOut)
+{
+    Output out(file_, 0);
+    std::vector<Output::Stretch> stretches;
+    std::string kept;
+    const auto write = [&](std::size_t size, bool isKept) {
+        const std::string bytes = support::randomBytes(size, static_cast<unsigned>(out.position()));
+        if (isKept) {
+            kept += bytes;
+        } else {
+            stretches.push_back({out.position(), out.position() + size});
+        }
+        out.write(bytes);
+    };
+    for (const std::size_t size : {1U, 7U, 3000U, 131071U, 131072U, 131073U, 400000U, 2U}) {
+        write(size, true);
+        write(size / 2, false);
+        write(1, false);  // right behind the other one
+        write(size + 5, true);
+        write(2 * size, false);
+    }
+    out.removeStretches(stretches);
+    EXPECT_EQ(out.position(), kept.size());
+    out.write("!");
+    out.flush();
+    EXPECT_TRUE(content().substr(0, static_cast<std::size_t>(out.position())) == kept + "!");
+}
+
+TEST_F(BufferedOutput, readsManyStretchesThroughItsBuffer)
+{
+    Output out(file_, 0);
+    std::vector<Output::Stretch> stretches;
+    for (unsigned i = 0; i < 10000; ++i) {
+        out.write("kept");
+        stretches.push_back({out.position(), out.position() + 6});
+        out.write("not so");
+    }
+    support::FailingSystemCalls calls;
+    out.removeStretches(stretches);
+    EXPECT_EQ(calls.count(support::FailingSystemCalls::READ), 1U);
+    EXPECT_EQ(calls.count(support::FailingSystemCalls::WRITE), 1U);
+    EXPECT_EQ(out.position(), 40000U);
 }
 
 TEST_F(BufferedOutput, neverWritesBeyondItsLimit)
@@ -218,7 +262,7 @@ TEST_F(DigestOfOutput, isThatOfTheFileWhenAStretchOfTheBufferIsTakenOut)
     out_.hold();
     out_.release();
     out_.write("0123456789");
-    out_.removeStretch(3, 5);
+    out_.removeStretches({{3, 5}});
     expectTheFilesDigest();
 }
 
@@ -248,7 +292,7 @@ TEST_F(DigestOfOutput, isThatOfTheFileWhenAStretchOfWhatWasHeldIsTakenOut)
     out_.write(large_);
     out_.release();
     out_.write("more");
-    out_.removeStretch(1000, 5000);
+    out_.removeStretches({{1000, 5000}});
     expectTheFilesDigest();
 }
 
@@ -272,8 +316,20 @@ TEST_F(DigestOfOutput, isThatOfTheFileWhenWhatWasDigestedIsTakenBack)
 TEST_F(DigestOfOutput, isThatOfTheFileWhenAStretchIsTakenOut)
 {
     out_.write(large_);
-    out_.removeStretch(1000, 5000);
+    out_.removeStretches({{1000, 5000}});
     expectTheFilesDigest();
+}
+
+TEST_F(DigestOfOutput, goesOnWhenAStretchBehindWhatWasDigestedIsTakenOut)
+{
+    out_.write(large_);
+    out_.write("kept, gone, kept");
+    out_.removeStretches({{out_.position() - 10, out_.position() - 4}});
+    const unsigned before = reads();
+    const std::string digest = out_.digest(out_.position());
+    EXPECT_EQ(reads(), before + 1);  // of the few bytes that had to leave the buffer
+    out_.flush();
+    EXPECT_EQ(digest, platform::ArchiveDigest::ofFile(file_, out_.position()));
 }
 
 TEST_F(DigestOfOutput, goesOnWhenWhatWasHeldIsTakenBack)
