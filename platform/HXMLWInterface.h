@@ -38,6 +38,7 @@ public:
     /// `enough` is found faster and may be higher. Linear.
     static std::uint64_t mostBytes(std::string_view text, std::uint64_t enough = 0);
 
+    /// Without a document.
     HXMLWInterface();
     ~HXMLWInterface();
     HXMLWInterface(const HXMLWInterface&) = delete;

@@ -15,6 +15,7 @@ namespace platform {
 /// object; in an array there is none. std::bad_alloc is all that is thrown.
 class HWDEF_API JsonWriter {
 public:
+    /// An empty text, which the first beginObject() begins.
     JsonWriter();
     ~JsonWriter();
     JsonWriter(const JsonWriter&) = delete;

@@ -48,7 +48,7 @@ private:
     ProgressWatch* outer_;
     bool isTelling_ = false;  ///< the function is running
 
-    static thread_local ProgressWatch* innermost_;
+    HWDEF_LOCAL static thread_local ProgressWatch* innermost_;
 };
 
 /// Ends a call whose progress function said so. Stays inside the library but where an operation is said

@@ -6,9 +6,10 @@
 
 class HHDFHwDef;
 
-/// Writes a definition's BOM document. Stateless: one writer serves any number of calls.
+/// Writes a definition's BOM document.
 class HWDEF_API HHDFHwDefBomWriter {
 public:
+    /// Stateless: one writer serves any number of calls.
     HHDFHwDefBomWriter();
     ~HHDFHwDefBomWriter();
 

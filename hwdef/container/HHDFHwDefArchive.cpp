@@ -166,6 +166,16 @@ bool HHDFHwDefArchive::hasDigest() const
     return !ArchiveDigest::recordedIn(impl_->comment_).empty();
 }
 
+std::uint64_t HHDFHwDefArchive::bytesInFront() const
+{
+    return impl_->reader_.membersBegin();
+}
+
+std::uint64_t HHDFHwDefArchive::bytesBehind() const
+{
+    return impl_->reader_.file().size() - impl_->reader_.endRecord().end;
+}
+
 void HHDFHwDefArchive::extract(const std::string& name, const std::string& dir) const
 {
     const platform::ProgressWork work(impl_->reader_.path());

@@ -39,6 +39,7 @@ public:
     /// 64 KiB. For one thread at a time; reports no progress.
     class HWDEF_API Content {
     public:
+        /// Without a member: only open() may follow.
         Content();
         ~Content();
         Content(const Content&) = delete;
@@ -73,6 +74,13 @@ public:
     /// Whether an archive digest is recorded; HUTZip::checkIntegrity tells whether it holds.
     bool hasDigest() const;
 
+    /// How many bytes stand in front of the first member, such as a program that unpacks the archive, and how
+    /// many behind its end.
+    /// @{
+    std::uint64_t bytesInFront() const;
+    std::uint64_t bytesBehind() const;
+    /// @}
+
     /// Writes a member to the file of its name below `dir`, the working directory when that is empty;
     /// directories are made. It appears whole or not at all, and takes the place of a link. Throws HEXAll
     /// when there is no such member, its name leads out of `dir`, or it can't be read or written.
@@ -84,11 +92,11 @@ public:
     std::vector<Failure> extractAll(const std::vector<std::string>& names, const std::string& dir) const;
 
     /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the
-    /// comment. Parts without a file are taken from `present`, as they are compressed there and with the
-    /// times, attributes, extra fields and comments they have there, and so are the bytes in front of its
-    /// members; it may be the archive that is replaced, and may be null when all parts have files. With
-    /// `attachDigest` the archive digest is recorded. Throws HEXAll, what stood at the path is then as it
-    /// was.
+    /// comment; of two parts of one name the later one stays. Parts without a file are taken from `present`,
+    /// with headers, data and records byte for byte as they have them there, and so are the bytes in front of
+    /// its members, not those behind it; it may be the archive that is replaced, and may be null when all
+    /// parts have files. With `attachDigest` the archive digest is recorded. Throws HEXAll, what stood at the
+    /// path is then as it was.
     static void write(const std::string& path, const std::vector<Part>& parts,
                       const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest);
 

@@ -40,8 +40,8 @@ public:
     bool addFile(const std::string& source, const std::string& name, std::string& reason);
     /// Adds a member of another archive as it is compressed there; its CRC-32 is kept, its content is
     /// not unpacked. Its local header is held against the directory as for reading. The archive may
-    /// be the one that this writer is about to replace. With Origin::KEPT it has the time, system,
-    /// attributes, extra fields and comment that it has there.
+    /// be the one that this writer is about to replace. With Origin::KEPT, for which it must have its own
+    /// name, its header, data descriptor and record are those it has there, but for the offset.
     bool addMember(const ArchiveReader& archive, const Entry& entry, const std::string& name,
                    std::string& reason, Origin origin = Origin::FIXED);
 

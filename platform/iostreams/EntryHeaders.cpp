@@ -110,11 +110,6 @@ std::string_view directoryRecordName(std::string_view record)
     return record.substr(DIRECTORY_HEADER_BYTES, load16(record.data() + 28));
 }
 
-std::string_view localExtra(std::string_view header)
-{
-    return header.substr(LOCAL_HEADER_BYTES + load16(header.data() + 26), load16(header.data() + 28));
-}
-
 std::size_t localHeaderLength(std::string_view header)
 {
     if (header.size() < LOCAL_HEADER_BYTES) {
@@ -211,9 +206,8 @@ void checkSupported(const Entry& entry, const std::string& archive)
     }
 }
 
-void checkDescriptor(std::string_view bytes, const Entry& entry, const std::string& archive)
+std::size_t descriptorLength(std::string_view bytes, const Entry& entry)
 {
-    std::string found = bytes.size() < 4 ? "nothing" : hex(load32(bytes.data()));
     std::string expected;
     append32(expected, DESCRIPTOR_SIGNATURE);
     const std::size_t signatureBytes = expected.size();
@@ -225,12 +219,24 @@ void checkDescriptor(std::string_view bytes, const Entry& entry, const std::stri
     append64(expected64, entry.size);
     const bool fits32 = std::max(entry.compressedSize, entry.size) <= SATURATED_32;
 
+    // The longer form first: in front of a descriptor of small sizes stands one of 32 bits.
     for (const std::size_t skipped : {std::size_t(0), signatureBytes}) {
-        if ((fits32 && bytes.starts_with(std::string_view(expected).substr(skipped))) ||
-            bytes.starts_with(std::string_view(expected64).substr(skipped))) {
-            return;
+        for (const std::string& form : {expected64, fits32 ? expected : expected64}) {
+            const std::string_view wanted = std::string_view(form).substr(skipped);
+            if (bytes.starts_with(wanted)) {
+                return wanted.size();
+            }
         }
     }
+    return 0;
+}
+
+void checkDescriptor(std::string_view bytes, const Entry& entry, const std::string& archive)
+{
+    if (descriptorLength(bytes, entry) > 0) {
+        return;
+    }
+    const std::string found = bytes.size() < 4 ? "nothing" : hex(load32(bytes.data()));
     throw memberError(archive, entry.name,
                       "data descriptor doesn't agree with the directory's CRC-32 " + hex(entry.crc) +
                           ", compressed size " + std::to_string(entry.compressedSize) + " and size " +

@@ -57,25 +57,22 @@ void checkSupported(const Entry& entry, const std::string& archive);
 
 constexpr std::size_t LONGEST_DESCRIPTOR_BYTES = 24;
 
-/// Checks the data descriptor (APPNOTE 4.3.9) that `bytes` begin with: with or without signature,
-/// sizes of 32 or 64 bits. Throws zip_exception when none of its forms agrees with the entry.
+/// How long the data descriptor (APPNOTE 4.3.9) is that `bytes` begin with: with or without signature, sizes
+/// of 32 or 64 bits; 0 when none of its forms agrees with the entry.
+std::size_t descriptorLength(std::string_view bytes, const Entry& entry);
+/// Throws zip_exception when there is no such descriptor.
 void checkDescriptor(std::string_view bytes, const Entry& entry, const std::string& archive);
 
 /// Appends a local header for a member whose sizes are known, with a zip64 field only where a size
-/// needs one. The time of the entry's record, or the fixed one (see modificationTime) when it has none; UTF-8
-/// flag where the name needs it, no descriptor: the entry's own flags aren't looked at. The name must not be
-/// longer than 65535 bytes, and the member not encrypted. `extra` are more extra fields.
-void appendLocalHeader(std::string& out, const Entry& entry, std::string_view extra = {});
+/// needs one. The fixed time (see modificationTime), UTF-8 flag where the name needs it, no descriptor: the
+/// entry's own flags aren't looked at. The name must not be longer than 65535 bytes, and the member not
+/// encrypted.
+void appendLocalHeader(std::string& out, const Entry& entry);
 
-/// The extra fields among these that another archive can take over: all but zip64's, and none when there
-/// would be no room for that.
-std::string keptExtra(std::string_view extra);
-/// The extra fields of the whole local header that `header` begins with.
-std::string_view localExtra(std::string_view header);
-
-/// Appends a directory record for the same member, with attributes, extra fields and comment of the entry's
-/// record, or mode 0644 (a directory's 0755) and nothing else when it has none. `storedOffset` is the local
-/// header's offset as to be stored (from the first byte of the archive).
+/// Appends a directory record for the same member, with mode 0644 (a directory's 0755); of an entry that has
+/// a record that one, with nothing but the offset changed. `storedOffset` is the local header's offset as to
+/// be stored (from the first byte of the archive). Throws zip_exception when a record has no room for an
+/// offset of 4 GiB or more.
 void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t storedOffset);
 
 /// How long appendLocalHeader's result for this entry is.

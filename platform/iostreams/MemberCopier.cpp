@@ -35,7 +35,8 @@ void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::s
             windowSize_ = 0;
             windowOwner_ = archive.serial();
         }
-        dataOffset_ = findData(entry);
+        findData(entry);
+        descriptor_ = origin == Origin::KEPT ? findDescriptor(entry) : std::string_view();
     } catch (const platform::FileError& error) {
         throw SourceError(error.what());
     } catch (const zip_exception& error) {
@@ -43,27 +44,35 @@ void MemberCopier::open(const ArchiveReader& archive, const Entry& entry, std::s
     }
     entry_ = entry;
     entry_.name = name_;
+    assert(origin == Origin::FIXED || name_ == entry.name);
     if (origin == Origin::FIXED) {
         entry_.record = {};
-        extra_.clear();
+        header_.clear();
+        appendLocalHeader(header_, entry_);
     }
 }
 
 std::uint64_t MemberCopier::maxBytes() const
 {
-    return localHeaderLength(entry_) + extra_.size() + entry_.compressedSize;
+    return header_.size() + entry_.compressedSize + descriptor_.size();
 }
 
 Entry MemberCopier::write(BufferedOutput& out)
 {
     entry_.headerOffset = out.position();
-    header_.clear();
-    appendLocalHeader(header_, entry_, extra_);
     out.write(header_);
     if (entry_.compressedSize > smallBytes) {
         copyLarge(out);
-        return entry_;
+    } else {
+        copySmall(out);
     }
+    out.write(descriptor_);
+    return entry_;
+}
+
+/// Copies what a neighbour may have brought along.
+void MemberCopier::copySmall(BufferedOutput& out)
+{
     std::string_view data;
     try {
         data = view(dataOffset_, static_cast<std::size_t>(entry_.compressedSize));
@@ -75,7 +84,6 @@ Entry MemberCopier::write(BufferedOutput& out)
     }
     out.write(data);
     platform::ProgressWork::advance(name_, data.size());
-    return entry_;
 }
 
 /// Copies large data; what the source refuses is told apart from what the output refuses.
@@ -94,8 +102,8 @@ void MemberCopier::copyLarge(BufferedOutput& out) const
     }
 }
 
-/// Where the entry's data begins, once its local header has been checked.
-std::uint64_t MemberCopier::findData(const Entry& entry)
+/// Takes the entry's local header, once it has been checked; its data begins behind it.
+void MemberCopier::findData(const Entry& entry)
 {
     const std::size_t data = static_cast<std::size_t>(std::min(entry.compressedSize, smallBytes));
     std::string_view header =
@@ -104,14 +112,26 @@ std::uint64_t MemberCopier::findData(const Entry& entry)
         header = view(entry.headerOffset, localHeaderLength(header));
     }
     const std::uint64_t offset = entry.headerOffset + checkLocalHeader(header, entry, archive_->path());
-    extra_ = keptExtra(localExtra(header));
+    header_ = header.substr(0, static_cast<std::size_t>(offset - entry.headerOffset));
     const std::uint64_t limit = archive_->dataLimit(entry);
     if (offset > limit || entry.compressedSize > limit - offset) {
         throw memberError(archive_->path(), entry.name,
                           std::to_string(entry.compressedSize) + " bytes at " + std::to_string(offset) +
                               " run into what begins at " + std::to_string(limit));
     }
-    return offset;
+    dataOffset_ = offset;
+}
+
+/// The data descriptor of an entry; empty when it has none, or one that tells something else.
+std::string_view MemberCopier::findDescriptor(const Entry& entry)
+{
+    if ((entry.flags & FLAG_DESCRIPTOR) == 0) {
+        return {};
+    }
+    const std::uint64_t begin = dataOffset_ + entry.compressedSize;
+    const auto most = std::min<std::uint64_t>(archive_->dataLimit(entry) - begin, LONGEST_DESCRIPTOR_BYTES);
+    const std::string_view bytes = view(begin, static_cast<std::size_t>(most));
+    return bytes.substr(0, descriptorLength(bytes, entry));
 }
 
 /// Bytes of the archive, fewer at the end of the file; at most the window's size, which holds the

@@ -17,7 +17,7 @@ public:
     /// Begins a new member, in place of the one before. Its local header is held against the entry;
     /// throws SourceError when they differ, when the data isn't stored or deflated, is encrypted, or
     /// runs into the next member. Archive and entry must outlive the write, and its entry's use with
-    /// Origin::KEPT.
+    /// Origin::KEPT, for which the name must be the entry's.
     void open(const ArchiveReader& archive, const Entry& entry, std::string name,
               Origin origin = Origin::FIXED);
 
@@ -27,7 +27,9 @@ public:
 
 private:
     std::string_view view(std::uint64_t offset, std::size_t size);
-    std::uint64_t findData(const Entry& entry);
+    void findData(const Entry& entry);
+    std::string_view findDescriptor(const Entry& entry);
+    void copySmall(BufferedOutput& out);
     void copyLarge(BufferedOutput& out) const;
 
     std::string name_;
@@ -35,7 +37,7 @@ private:
     const ArchiveReader* archive_ = nullptr;
     std::uint64_t dataOffset_ = 0;
     std::string header_;
-    std::string extra_;  ///< fields of the local header that are kept
+    std::string descriptor_;  ///< what stands behind the data
 
     std::uint64_t windowOwner_ = 0;  ///< serial of the archive whose bytes the window holds
     std::uint64_t windowOffset_ = 0;

@@ -8,6 +8,7 @@
 
 #include "platform/iostreams/EntryHeaders.h"
 #include "platform/iostreams/LittleEndian.h"
+#include "platform/iostreams/ZipException.h"
 
 namespace iostreams::zip {
 
@@ -19,7 +20,12 @@ constexpr std::uint32_t attributesOfFile = 0100644U << 16U;  // st_mode of a pla
 /// directories would else be unpacked as something that can't be entered.
 constexpr std::uint32_t attributesOfDirectory = (0040755U << 16U) | 0x10U;
 constexpr std::size_t localZip64Bytes = 4 + 2 * 8;
-constexpr std::size_t longestZip64Bytes = 4 + 3 * 8 + 4;
+/// Places in a directory record, APPNOTE 4.3.12.
+constexpr std::size_t versionOffset = 6;  // needed to extract
+constexpr std::size_t compressedSizeOffset = 20;
+constexpr std::size_t sizeOffset = 24;
+constexpr std::size_t extraSizeOffset = 30;
+constexpr std::size_t offsetOffset = 42;
 
 bool isSaturated(std::uint64_t number)
 {
@@ -37,36 +43,77 @@ bool needsLocalZip64(const Entry& entry)
     return isSaturated(entry.size) || isSaturated(entry.compressedSize);
 }
 
-/// What a record tells of a member beside its data.
-struct RecordFacts {
-    std::uint16_t madeBy;  ///< the system that the attributes are of, and a version
-    std::uint32_t time;    ///< MS-DOS date and time
-    std::uint32_t attributes;
-    std::uint16_t internalAttributes;
-    std::string extra;         ///< fields but that of zip64, which is made anew
-    std::string_view comment;  ///< lives as long as the record
-};
-
-/// That of a member to be written: what its record tells where it has one, and the same for all others.
-RecordFacts factsOf(const Entry& entry)
+void replace(std::string& bytes, std::size_t at, std::string_view by)
 {
-    if (!entry.record.empty()) {
-        const char* const fixed = entry.record.data();
-        const std::string_view tail = entry.record.substr(DIRECTORY_HEADER_BYTES + load16(fixed + 28));
-        const std::uint16_t extraSize = load16(fixed + 30);
-        return {load16(fixed + 4),
-                load32(fixed + 12),
-                load32(fixed + 38),
-                load16(fixed + 36),
-                keptExtra(tail.substr(0, extraSize)),
-                tail.substr(extraSize)};
+    bytes.replace(at, by.size(), by);
+}
+
+/// Where among extra fields the one of zip64 begins; npos when there is none.
+std::size_t findZip64Field(std::string_view extra)
+{
+    for (std::size_t at = 0; extra.size() - at >= 4;) {
+        if (load16(extra.data() + at) == ZIP64_FIELD) {
+            return at;
+        }
+        at += 4 + std::min<std::size_t>(load16(extra.data() + at + 2), extra.size() - at - 4);
     }
-    return {madeByUnix,
-            modificationTime(),
-            entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile,
-            0,
-            {},
-            {}};
+    return std::string_view::npos;
+}
+
+/// Makes room for an offset in a record whose own one had 32 bits (APPNOTE 4.5.3); returns its place.
+std::size_t insertOffset(std::string& record, std::size_t extraBegin, std::size_t field, std::size_t place)
+{
+    std::string inserted;
+    if (field == std::string_view::npos) {
+        append16(inserted, ZIP64_FIELD);
+        append16(inserted, 8);
+        place = extraBegin + inserted.size();
+    } else {
+        std::string size;
+        append16(size, static_cast<std::uint16_t>(load16(record.data() + extraBegin + field + 2) + 8U));
+        replace(record, extraBegin + field + 2, size);
+    }
+    inserted.append(8, '\0');
+    const std::size_t extraSize = load16(record.data() + extraSizeOffset) + inserted.size();
+    if (extraSize > SATURATED_16) {
+        throw memberError("new archive", directoryRecordName(record),
+                          "its extra fields leave no room for an offset of 4 GiB or more");
+    }
+    record.insert(field == std::string_view::npos ? extraBegin : place, inserted);
+    std::string numbers;
+    append16(numbers, static_cast<std::uint16_t>(extraSize));
+    replace(record, extraSizeOffset, numbers);
+    numbers.clear();
+    append16(numbers, std::max<std::uint16_t>(load16(record.data() + versionOffset), 45U));
+    replace(record, versionOffset, numbers);
+    replace(record, offsetOffset, "\xff\xff\xff\xff");
+    return place;
+}
+
+/// A record as it is, but for the offset.
+std::string movedRecord(std::string_view record, std::uint64_t storedOffset)
+{
+    std::string moved(record);
+    std::string number;
+    const bool isWide = load32(record.data() + offsetOffset) == SATURATED_32;
+    if (!isWide && !isSaturated(storedOffset)) {
+        append32(number, static_cast<std::uint32_t>(storedOffset));
+        replace(moved, offsetOffset, number);
+        return moved;
+    }
+    const std::size_t extraBegin = DIRECTORY_HEADER_BYTES + directoryRecordName(record).size();
+    const std::size_t field =
+        findZip64Field(record.substr(extraBegin, load16(record.data() + extraSizeOffset)));
+    std::size_t place = extraBegin + field + 4;  // behind the sizes that are there
+    for (const std::size_t size : {compressedSizeOffset, sizeOffset}) {
+        place += load32(record.data() + size) == SATURATED_32 ? 8 : 0;
+    }
+    if (!isWide) {
+        place = insertOffset(moved, extraBegin, field, place);
+    }
+    append64(number, storedOffset);
+    replace(moved, place, number);
+    return moved;
 }
 
 /// Version, flags, method, time, CRC-32 and sizes: the part that both kinds of header share.
@@ -75,7 +122,7 @@ void appendCommonFields(std::string& out, const Entry& entry, bool zip64, bool b
     append16(out, zip64 ? 45 : entry.method == METHOD_STORED ? 10 : 20);  // needed to extract, 4.4.3
     append16(out, needsUtf8Flag(entry.name) ? FLAG_UTF8 : 0);
     append16(out, entry.method);
-    append32(out, entry.record.empty() ? modificationTime() : load32(entry.record.data() + 12));
+    append32(out, modificationTime());
     append32(out, entry.crc);
     append32(out, bothSizes ? SATURATED_32 : saturate(entry.compressedSize));
     append32(out, bothSizes ? SATURATED_32 : saturate(entry.size));
@@ -85,25 +132,12 @@ void appendCommonFields(std::string& out, const Entry& entry, bool zip64, bool b
 
 }  // namespace
 
-std::string keptExtra(std::string_view extra)
-{
-    std::string kept;
-    while (extra.size() >= 4) {
-        const std::size_t size = 4 + std::min<std::size_t>(load16(extra.data() + 2), extra.size() - 4);
-        if (load16(extra.data()) != ZIP64_FIELD) {
-            kept += extra.substr(0, size);
-        }
-        extra.remove_prefix(size);
-    }
-    return kept.size() + longestZip64Bytes <= SATURATED_16 ? kept : std::string();
-}
-
-void appendLocalHeader(std::string& out, const Entry& entry, std::string_view extra)
+void appendLocalHeader(std::string& out, const Entry& entry)
 {
     const bool zip64 = needsLocalZip64(entry);
     append32(out, LOCAL_HEADER_SIGNATURE);
     appendCommonFields(out, entry, zip64, zip64);
-    append16(out, static_cast<std::uint16_t>((zip64 ? localZip64Bytes : 0) + extra.size()));
+    append16(out, zip64 ? localZip64Bytes : 0);
     out += entry.name;
     if (zip64) {
         append16(out, ZIP64_FIELD);
@@ -111,11 +145,14 @@ void appendLocalHeader(std::string& out, const Entry& entry, std::string_view ex
         append64(out, entry.size);
         append64(out, entry.compressedSize);
     }
-    out += extra;
 }
 
 void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t storedOffset)
 {
+    if (!entry.record.empty()) {
+        out += movedRecord(entry.record, storedOffset);
+        return;
+    }
     std::string extra;
     for (const std::uint64_t number : {entry.size, entry.compressedSize, storedOffset}) {
         if (isSaturated(number)) {
@@ -124,14 +161,13 @@ void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t s
     }
     const bool zip64 = !extra.empty();
     append32(out, DIRECTORY_HEADER_SIGNATURE);
-    const RecordFacts facts = factsOf(entry);
-    append16(out, std::max<std::uint16_t>(facts.madeBy, (facts.madeBy & 0xff00U) | (zip64 ? 45U : 20U)));
+    append16(out, madeByUnix | (zip64 ? 45U : 20U));
     appendCommonFields(out, entry, zip64, false);
-    append16(out, static_cast<std::uint16_t>((zip64 ? 4 + extra.size() : 0) + facts.extra.size()));
-    append16(out, static_cast<std::uint16_t>(facts.comment.size()));
+    append16(out, static_cast<std::uint16_t>(zip64 ? 4 + extra.size() : 0));
+    append16(out, 0);  // comment
     append16(out, 0);  // disk
-    append16(out, facts.internalAttributes);
-    append32(out, facts.attributes);
+    append16(out, 0);  // internal attributes
+    append32(out, entry.name.ends_with('/') ? attributesOfDirectory : attributesOfFile);
     append32(out, saturate(storedOffset));
     out += entry.name;
     if (zip64) {
@@ -139,8 +175,6 @@ void appendDirectoryRecord(std::string& out, const Entry& entry, std::uint64_t s
         append16(out, static_cast<std::uint16_t>(extra.size()));
         out += extra;
     }
-    out += facts.extra;
-    out += facts.comment;
 }
 
 std::size_t localHeaderLength(const Entry& entry)

@@ -16,8 +16,8 @@ public:
     ~SourceError() override;
 };
 
-/// What a member that is taken over has beside its data: the fixed time and mode of all members, or what it
-/// had where it comes from, extra fields and comment included.
+/// What a member that is taken over has beside its data: the fixed time and mode of all members, or header,
+/// data descriptor and record byte for byte as it has them where it comes from.
 enum class Origin { FIXED, KEPT };
 
 /// A member that is about to be written to an archive, its source being open.
@@ -35,9 +35,9 @@ public:
     /// to be read. Members of an archive stay as they are, and don't count.
     virtual bool isReadFrom(const platform::File&) const { return false; }
     /// Writes local header and data; the entry's offset is that of the header in the output's file,
-    /// its name lives as long as this object stays unchanged, its record is empty, or the one whose time,
-    /// attributes, extra fields and comment it keeps. Throws SourceError, and FileError of the output; what
-    /// was put out must then be taken back.
+    /// its name lives as long as this object stays unchanged, its record is empty, or the one that it keeps
+    /// but for the offset. Throws SourceError, and FileError of the output; what was put out must then be
+    /// taken back.
     virtual Entry write(BufferedOutput& out) = 0;
 };
 

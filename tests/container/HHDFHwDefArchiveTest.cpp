@@ -9,6 +9,7 @@
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
 #include "platform/iostreams/zip.h"
+#include "support/BomDocument.h"
 #include "support/ChildProcess.h"
 #include "support/Container.h"
 #include "support/TempDir.h"
@@ -151,29 +152,85 @@ TEST(HHDFHwDefArchive, keepsTimesAndAttributesOfMembersItTakesOver)
     EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").members()[1].modified, 1830297598);
 }
 
-TEST(HHDFHwDefArchive, keepsExtraFieldsAndCommentsOfMembersItTakesOver)
+TEST(HHDFHwDefArchive, keepsMembersByteForByte)
+{
+    const TempDir dir;
+    support::writeFile(dir / "in/hwdef.xml", support::bomOfFiles("0", {"a.bit"}));
+    support::writeFile(dir / "in/a.bit", support::randomBytes(200000, 1));
+    support::writeFile(dir / "in/b.elf", support::textBytes(300000, 1));
+    support::writeFile(dir / "write.py",
+                       "import sys, zipfile\n"
+                       "class Pipe:\n"
+                       "    def __init__(self, file): self.file = file\n"
+                       "    def write(self, data): return self.file.write(data)\n"
+                       "    def flush(self): pass\n"
+                       "def fill(archive):\n"
+                       "    info = zipfile.ZipInfo('hwdef.xml', (2001, 2, 3, 4, 5, 6))\n"
+                       "    info.extra, info.comment = b'UT\\x03\\x00abc', b'of the first'\n"
+                       "    archive.writestr(info, open('in/hwdef.xml').read())\n"
+                       "    for method in 0, 8:\n"
+                       "        for wide in False, True:\n"
+                       "            info = zipfile.ZipInfo('b%d%d' % (method, wide))\n"
+                       "            info.compress_type = method\n"
+                       "            with archive.open(info, 'w', force_zip64=wide) as member:\n"
+                       "                member.write(open('in/b.elf', 'rb').read())\n"
+                       "with zipfile.ZipFile('seekable.hdf', 'w') as archive: fill(archive)\n"
+                       "with open('piped.hdf', 'wb') as file, zipfile.ZipFile(Pipe(file), 'w') as archive: "
+                       "fill(archive)\n");
+    const std::string script =
+        "cd '" + dir.path() +
+        "' && python3 write.py && cd in && zip -q9r ../zip.hdf . && "
+        "zip -q9r - . | cat >../stream.hdf && "
+        "( printf front; cat ../zip.hdf ) >../prefixed.hdf && 7z a -bd ../seven.zip . >/dev/null";
+    ASSERT_EQ(std::system(script.c_str()), 0);
+    for (const char* const name :
+         {"seekable.hdf", "piped.hdf", "zip.hdf", "stream.hdf", "prefixed.hdf", "seven.zip"}) {
+        const std::string before = support::readFile(dir / name);
+        const HHDFHwDefArchive present(dir / name);
+        std::vector<HHDFHwDefArchive::Part> parts;
+        for (const auto& member : present.members()) {
+            parts.push_back({member.name, ""});
+        }
+        HHDFHwDefArchive::write(dir / name, parts, &present, present.comment(), false);
+        EXPECT_TRUE(support::readFile(dir / name) == before) << name;
+        // Behind another member they are the same but for the offsets.
+        parts.insert(parts.begin(), {"new", dir / "in/b.elf"});
+        HHDFHwDefArchive::write(dir / "more.hdf", parts, &present, "", false);
+        const std::string more = support::readFile(dir / "more.hdf");
+        const std::size_t first = before.find("PK\x03\x04");
+        const std::string members = before.substr(first, before.find("PK\x01\x02") - first);
+        EXPECT_NE(more.find(members), std::string::npos) << name;
+        EXPECT_EQ(std::system(("unzip -tqq '" + dir.path() + "/more.hdf' 2>/dev/null").c_str()) >> 8,
+                  std::string_view(name) == "prefixed.hdf" ? 1 : 0);
+    }
+}
+
+TEST(HHDFHwDefArchive, keepsAMemberWhoseDescriptorIsMissing)
 {
     const TempDir dir;
     support::ZipBuilder zip;
-    support::ZipMember& first = zip.addDeflated("hwdef.xml", std::string(3000, 'b'));
-    const std::string local = std::string("UT\x05") + std::string(1, '\0') + "\x01time";
-    const std::string listed = std::string("ab\x01") + std::string(1, '\0') + "c";
-    first.local.extra = local;
-    first.listed.extra = support::zip64Extra({}) + listed;
-    first.comment = "of the first";
-    zip.addStored("a.bit", "bits");
+    support::ZipMember& first = zip.addStored("hwdef.xml", support::bomOfFiles("0", {}));
+    first.local.flags = first.listed.flags = 8;
     zip.write(dir / "a.hdf");
-    {
-        const HHDFHwDefArchive present(dir / "a.hdf");
-        HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}, {"a.bit", ""}}, &present, "", false);
-    }
-    const std::string written = support::readFile(dir / "a.hdf");
-    EXPECT_EQ(written.substr(28, 2), support::little(local.size(), 2));
-    EXPECT_EQ(written.substr(39, local.size()), local);
-    const std::size_t record = written.find("PK\x01\x02");
-    EXPECT_EQ(written.substr(record + 55, listed.size() + 12), listed + "of the first");
-    EXPECT_EQ(support::readArchive(dir / "a.hdf"),
-              (Members{{"hwdef.xml", std::string(3000, 'b')}, {"a.bit", "bits"}}));
+    const std::string before = support::readFile(dir / "a.hdf");
+    const HHDFHwDefArchive present(dir / "a.hdf");
+    HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}}, &present, "", false);
+    EXPECT_EQ(support::readFile(dir / "a.hdf"), before);
+}
+
+TEST(HHDFHwDefArchive, tellsTheBytesAroundAnArchive)
+{
+    const TempDir dir;
+    writeArchive(dir / "a.hdf");
+    const HHDFHwDefArchive plain(dir / "a.hdf");
+    EXPECT_EQ(plain.bytesInFront(), 0U);
+    EXPECT_EQ(plain.bytesBehind(), 0U);
+    support::writeFile(dir / "b.hdf", "front" + support::readFile(dir / "a.hdf"));
+    EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").bytesInFront(), 5U);
+    EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").bytesBehind(), 0U);
+    support::writeFile(dir / "b.hdf", support::readFile(dir / "a.hdf") + "behind");
+    EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").bytesInFront(), 0U);
+    EXPECT_EQ(HHDFHwDefArchive(dir / "b.hdf").bytesBehind(), 6U);
 }
 
 TEST(HHDFHwDefArchive, streamsTheContentOfMembersOfAnyArchive)

@@ -2,18 +2,16 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdlib>
 
 #include "platform/HUTFile.h"
 #include "platform/HUTZip.h"
+#include "platform/iostreams/ArchiveWriterFixture.h"
 #include "support/Container.h"
 #include "support/FailingSystemCalls.h"
-#include "support/TempDir.h"
 #include "support/ZipBuilder.h"
 
-using iostreams::device::detail::zip_exception;
 using iostreams::zip::ArchiveReader;
 using Writer = iostreams::zip::ArchiveWriter;
 using support::FailingSystemCalls;
@@ -21,25 +19,6 @@ using support::FailingSystemCalls;
 namespace {
 
 constexpr std::size_t CHUNK = 256 * 1024;
-
-class ArchiveWriter : public testing::Test {
-protected:
-    /// Adds content by way of a file on disk.
-    bool add(Writer& writer, const std::string& name, const std::string& content)
-    {
-        support::writeFile(dir_ / "source", content);
-        return writer.addFile(dir_ / "source", name, reason_);
-    }
-
-    bool copy(Writer& writer, const ArchiveReader& from, const std::string& name)
-    {
-        return writer.addMember(from, *from.find(name), name, reason_);
-    }
-
-    support::TempDir dir_;
-    const std::string path_ = dir_ / "new.hdf";
-    std::string reason_;
-};
 
 }  // namespace
 
@@ -186,52 +165,6 @@ TEST_F(ArchiveWriter, refusesNamesThatNoArchiveCanHold)
     EXPECT_EQ(ArchiveReader(path_).entries().front().name.size(), 65535U);
 }
 
-TEST_F(ArchiveWriter, takesBackAMemberWhoseSourceFailsHalfWay)
-{
-    support::writeFile(dir_ / "large", support::randomBytes(4 * CHUNK, 8));
-    Writer writer(path_);
-    add(writer, "a", "first");
-    {
-        FailingSystemCalls calls;
-        calls.fail(FailingSystemCalls::READ, 3, EIO);
-        EXPECT_FALSE(writer.addFile(dir_ / "large", "a", reason_));
-        EXPECT_EQ(reason_, (dir_ / "large") + ": can't read: Input/output error");
-    }
-    add(writer, "b", "last");
-    writer.commit();
-    EXPECT_EQ(support::namesIn(path_), "a b");
-    EXPECT_LT(support::readFile(path_).size(), 1000U);
-}
-
-TEST_F(ArchiveWriter, leavesTheOldFileUntilCommit)
-{
-    support::writeFile(path_, "old");
-    Writer writer(path_);
-    add(writer, "a", "first");
-    EXPECT_EQ(support::readFile(path_), "old");
-    writer.commit();
-    EXPECT_EQ(support::namesIn(path_), "a");
-}
-
-TEST_F(ArchiveWriter, leavesNoTraceWithoutCommit)
-{
-    {
-        Writer writer(path_);
-        add(writer, "a", support::randomBytes(3 * CHUNK, 10));
-    }
-    EXPECT_EQ(dir_.list(), "source");
-}
-
-TEST_F(ArchiveWriter, saysWhichArchiveCanNotBeMade)
-{
-    try {
-        Writer writer(dir_ / "none/new.hdf");
-        FAIL() << "made an archive in a directory that doesn't exist";
-    } catch (const zip_exception& error) {
-        EXPECT_EQ(std::string(error.what()).find(dir_ / "none/new.hdf: "), 0U) << error.what();
-    }
-}
-
 TEST_F(ArchiveWriter, mayReplaceTheArchiveThatItCopiesFrom)
 {
     support::writeArchive(path_, {{"a", "content of a"}, {"b", "content of b"}});
@@ -288,226 +221,4 @@ TEST_F(ArchiveWriter, keepsTheFrontOfAnArchiveWithoutMembers)
     writer.keepFront(from);
     writer.commit();
     EXPECT_EQ(support::readFile(path_), before);
-}
-
-TEST_F(ArchiveWriter, attachesADigestOfAllItsOtherBytes)
-{
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    add(writer, "large", support::textBytes(2000000, 12));
-    writer.commit();
-    const std::string bytes = support::readFile(path_);
-    EXPECT_EQ(bytes.substr(bytes.size() - 77, 13), "hwdef-sha256:");
-    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
-    EXPECT_EQ(support::namesIn(path_), "large");
-}
-
-TEST_F(ArchiveWriter, attachesTheDigestOfWhateverWasAddedAndReplaced)
-{
-    const std::string compressible = support::textBytes(2 * CHUNK, 12);
-    const std::string random = support::randomBytes(2 * CHUNK, 12);
-    const std::string from = dir_ / "from.zip";
-    support::writeArchive(from, {{"copied", random}, {"small", "1"}});
-    const ArchiveReader reader(from);
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    for (const std::string& content : {std::string("small"), compressible, random}) {
-        add(writer, "first", content);
-        add(writer, "other", "in between");
-        EXPECT_TRUE(copy(writer, reader, "copied"));
-        EXPECT_FALSE(writer.addFile(dir_ / "missing", "x", reason_));
-        add(writer, "last", content);
-        EXPECT_TRUE(copy(writer, reader, "small"));
-        add(writer, "last", content + "2");
-        add(writer, "last", content);
-    }
-    writer.setComment(std::string(65535 - 77, 'c'));
-    writer.commit();
-    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
-    EXPECT_EQ(support::memberOf(path_, "last"), random);
-}
-
-TEST_F(ArchiveWriter, readsNothingBackForTheDigestOfCopies)
-{
-    const std::string from = dir_ / "from.zip";
-    support::writeArchive(from, {{"a", support::randomBytes(4 * CHUNK, 12)}, {"b", "1"}});
-    const ArchiveReader reader(from);
-    unsigned reads[2] = {};
-    for (const auto digest : {Writer::Digest::NONE, Writer::Digest::ATTACHED}) {
-        Writer writer(path_, digest);
-        EXPECT_TRUE(copy(writer, reader, "a"));
-        EXPECT_TRUE(copy(writer, reader, "b"));
-        FailingSystemCalls calls;
-        writer.commit();
-        reads[digest == Writer::Digest::ATTACHED] = calls.count(FailingSystemCalls::READ);
-    }
-    EXPECT_EQ(reads[1], reads[0]);
-}
-
-TEST_F(ArchiveWriter, readsOnlyTheEndBackForTheDigestBehindALongComment)
-{
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    const std::string from = dir_ / "from.zip";
-    support::writeArchive(from, {{"a", support::randomBytes(8 * CHUNK, 12)}});
-    EXPECT_TRUE(copy(writer, ArchiveReader(from), "a"));
-    writer.setComment(std::string(65535 - 77, 'c'));
-    {
-        FailingSystemCalls calls;
-        writer.commit();
-        EXPECT_LE(calls.count(FailingSystemCalls::READ), 2U);  // of 64 KiB each
-    }
-    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
-}
-
-TEST_F(ArchiveWriter, attachesTheDigestBehindASourceThatFailsHalfWay)
-{
-    support::writeFile(dir_ / "large", support::randomBytes(4 * CHUNK, 8));
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    add(writer, "a", "first");
-    {
-        FailingSystemCalls calls;
-        calls.fail(FailingSystemCalls::READ, 3, EIO);
-        EXPECT_FALSE(writer.addFile(dir_ / "large", "large", reason_));
-    }
-    add(writer, "b", support::textBytes(2 * CHUNK, 9));
-    writer.commit();
-    EXPECT_EQ(support::namesIn(path_), "a b");
-    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
-}
-
-TEST_F(ArchiveWriter, attachesTheDigestBehindACopyWhoseArchiveEndsEarly)
-{
-    const std::string from = dir_ / "from.zip";
-    support::writeArchive(from, {{"large", support::randomBytes(4 * CHUNK, 8)}});
-    const ArchiveReader reader(from);
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    add(writer, "a", "first");
-    ASSERT_EQ(::truncate(from.c_str(), 2 * CHUNK), 0);
-    EXPECT_FALSE(copy(writer, reader, "large"));
-    EXPECT_EQ(reason_, from + ": can't read (the file ends early): Input/output error");
-    add(writer, "b", support::randomBytes(2 * CHUNK, 9));
-    writer.commit();
-    EXPECT_EQ(support::namesIn(path_), "a b");
-    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
-}
-
-TEST_F(ArchiveWriter, putsACommentInFrontOfTheDigest)
-{
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    writer.setComment("a comment ");
-    writer.commit();
-    const std::string bytes = support::readFile(path_);
-    EXPECT_EQ(bytes.substr(22, 23), "a comment hwdef-sha256:");
-    EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(path_)), HUTZip::INTACT);
-}
-
-TEST_F(ArchiveWriter, refusesACommentThatNoArchiveCanHold)
-{
-    for (const auto digest : {Writer::Digest::NONE, Writer::Digest::ATTACHED}) {
-        const std::size_t most = digest == Writer::Digest::ATTACHED ? 65535 - 77 : 65535;
-        Writer fits(path_, digest);
-        fits.setComment(std::string(most, 'c'));
-        fits.commit();
-        Writer tooLong(path_, digest);
-        tooLong.setComment(std::string(most + 1, 'c'));
-        EXPECT_THROW(tooLong.commit(), zip_exception);
-        EXPECT_EQ(support::readFile(path_).size(), 22U + 65535U);
-    }
-}
-
-TEST_F(ArchiveWriter, refusesACommentThatHidesTheEndRecord)
-{
-    Writer writer(path_, Writer::Digest::ATTACHED);
-    writer.setComment("a comment PK\5\6");
-    EXPECT_EQ(support::zipFailure(path_, [&] { writer.commit(); }),
-              "the comment holds an end record, which would be taken for the archive's own");
-}
-
-TEST_F(ArchiveWriter, keepsTheOldArchiveWhenAnyCallFails)
-{
-    support::writeArchive(path_, {{"old", "old content"}});
-    support::writeFile(dir_ / "source", support::randomBytes(3 * CHUNK, 13));
-    const std::string before = support::readFile(path_);
-    const auto write = [&] {
-        Writer writer(path_, Writer::Digest::ATTACHED);
-        writer.addFile(dir_ / "source", "m", reason_);
-        writer.commit();
-    };
-    FailingSystemCalls counted;
-    counted.fail(FailingSystemCalls::RENAME, 1, EIO);
-    EXPECT_THROW(write(), zip_exception);
-    const unsigned all = counted.count(FailingSystemCalls::CHANGES);
-    ASSERT_GE(all, 5U);
-    for (unsigned nth = 1; nth < all - 1; ++nth) {
-        FailingSystemCalls calls;
-        calls.fail(FailingSystemCalls::CHANGES, nth, ENOSPC);
-        EXPECT_THROW(write(), zip_exception) << nth;
-        EXPECT_TRUE(support::readFile(path_) == before) << nth;
-        EXPECT_EQ(dir_.list(), "new.hdf source") << nth;
-    }
-}
-
-TEST_F(ArchiveWriter, keepsTheOldArchiveWhenAnyCallFailsWhileMembersMoveUp)
-{
-    support::writeArchive(path_, {{"old", "old content"}});
-    support::writeFile(path_, "front" + support::readFile(path_));
-    support::writeFile(dir_ / "source", support::randomBytes(3 * CHUNK, 13));
-    const std::string before = support::readFile(path_);
-    const auto write = [&] {
-        const ArchiveReader present(path_);
-        Writer writer(path_, Writer::Digest::ATTACHED);
-        writer.keepFront(present);
-        bool added = true;
-        for (const char* const name : {"a", "b", "a", "c", "b"}) {
-            added = added && writer.addFile(dir_ / "source", name, reason_);
-        }
-        if (added) {
-            writer.commit();
-        }
-        return added;
-    };
-    FailingSystemCalls counted;
-    EXPECT_TRUE(write());
-    const unsigned reads = counted.count(FailingSystemCalls::READ);
-    const std::string after = support::readFile(path_);
-    unsigned failures = 0;
-    for (unsigned nth = 1; nth <= reads; ++nth) {
-        support::writeFile(path_, before);
-        FailingSystemCalls calls;
-        calls.fail(FailingSystemCalls::READ, nth, EIO);
-        bool isWritten = false;
-        try {
-            isWritten = write();
-        } catch (const zip_exception&) {
-        }
-        failures += isWritten ? 0 : 1;
-        EXPECT_TRUE(support::readFile(path_) == (isWritten ? after : before)) << nth;
-        EXPECT_EQ(dir_.list(), "new.hdf source") << nth;
-    }
-    EXPECT_EQ(failures, reads);
-}
-
-TEST_F(ArchiveWriter, showsTheOldOrTheNewArchiveWhereverItDies)
-{
-    support::writeFile(dir_ / "source", support::randomBytes(3 * CHUNK, 14));
-    int shown[2] = {0, 0};
-    for (unsigned nth = 1;; ++nth) {
-        support::writeArchive(path_, {{"old", "old content"}});
-        FailingSystemCalls calls;
-        calls.dieAt(FailingSystemCalls::CHANGES, nth, 1000);
-        try {
-            Writer writer(path_, Writer::Digest::ATTACHED);
-            writer.addFile(dir_ / "source", "m", reason_);
-            writer.commit();
-        } catch (const zip_exception&) {
-        }
-        const bool died = calls.died();
-        calls.restart();
-        const std::string names = support::namesIn(path_);
-        EXPECT_TRUE(names == "old" || names == "m") << nth << ": " << names;
-        ++shown[names == "m"];
-        if (!died) {
-            EXPECT_EQ(names, "m");
-            break;
-        }
-    }
-    EXPECT_GE(shown[0], 5);
 }

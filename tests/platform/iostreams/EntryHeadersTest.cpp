@@ -311,6 +311,7 @@ TEST(EntryHeaders, acceptsEveryFormOfADescriptor)
             support::ZipMember later = member();
             later.setDescriptor(signature, sizeBytes);
             EXPECT_NO_THROW(checkDescriptor(later.descriptor + "next", entryOf(later), "z"));
+            EXPECT_EQ(descriptorLength(later.descriptor + "next", entryOf(later)), later.descriptor.size());
             EXPECT_THROW(
                 checkDescriptor(later.descriptor.substr(0, later.descriptor.size() - 1), entryOf(later), "z"),
                 zip_exception);
@@ -332,6 +333,7 @@ TEST(EntryHeaders, refusesADescriptorThatDisagrees)
                   expected + "08074b50");
     }
     EXPECT_EQ(zipFailure("z", [&] { checkDescriptor("abc", listed, "z"); }), expected + "nothing");
+    EXPECT_EQ(descriptorLength("abc", listed), 0U);
 }
 
 TEST(EntryHeaders, readsNoSmallSizesInADescriptorOfALargeMember)

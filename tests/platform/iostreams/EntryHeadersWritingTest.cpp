@@ -49,6 +49,73 @@ TEST(EntryHeaders, writesADirectoryRecord)
                        little(0, 2) + little(0x81a40000, 4) + little(1000, 4) + "a.txt");
 }
 
+namespace {
+
+/// A record of another program, for "a.txt", with numbers that ours would not have.
+std::string otherRecord(std::uint64_t compressedSize, std::uint64_t size, std::uint64_t offset,
+                        const std::string& extra, std::uint16_t version = 30)
+{
+    return little(0x02014b50, 4) + little(0x073f, 2) + little(version, 2) + little(0x000a, 2) + little(8, 2) +
+           little(0x12345678, 4) + little(0x1f2e3d4c, 4) + little(compressedSize, 4) + little(size, 4) +
+           little(5, 2) + little(extra.size(), 2) + little(7, 2) + little(0, 2) + little(1, 2) +
+           little(0x87654321, 4) + little(offset, 4) + "a.txt" + extra + "comment";
+}
+
+std::string moved(const std::string& record, std::uint64_t offset)
+{
+    std::string out = "before";
+    appendDirectoryRecord(out, parseDirectoryRecord(record, 0, "z"), offset);
+    EXPECT_EQ(parseDirectoryRecord(std::string_view(out).substr(6), 0, "z").headerOffset, offset);
+    return out.substr(6);
+}
+
+const std::string otherField = little(0x5455, 2) + little(3, 2) + "abc";
+
+}  // namespace
+
+TEST(EntryHeaders, keepsARecordButForTheOffset)
+{
+    const std::string rest = otherField + "x";  // a byte that makes no field
+    EXPECT_EQ(moved(otherRecord(5, 7, 1000, rest), 0xfffffffe), otherRecord(5, 7, 0xfffffffe, rest));
+    const auto fields = [](std::uint64_t offset) {
+        return otherField + little(1, 2) + little(24, 2) + little(7, 8) + little(5, 8) + little(offset, 8);
+    };
+    EXPECT_EQ(moved(otherRecord(0xffffffff, 0xffffffff, 0xffffffff, fields(large)), 12),
+              otherRecord(0xffffffff, 0xffffffff, 0xffffffff, fields(12)));
+    const auto alone = [](std::uint64_t offset) { return little(1, 2) + little(8, 2) + little(offset, 8); };
+    EXPECT_EQ(moved(otherRecord(5, 7, 0xffffffff, alone(1)), large),
+              otherRecord(5, 7, 0xffffffff, alone(large)));
+}
+
+TEST(EntryHeaders, makesRoomForALargeOffsetInARecordThatItKeeps)
+{
+    EXPECT_EQ(moved(otherRecord(5, 7, 1000, otherField), large),
+              otherRecord(5, 7, 0xffffffff, little(1, 2) + little(8, 2) + little(large, 8) + otherField, 45));
+    const std::string sizes = little(7, 8) + little(5, 8);
+    EXPECT_EQ(
+        moved(otherRecord(0xffffffff, 0xffffffff, 0, otherField + little(1, 2) + little(16, 2) + sizes, 46),
+              0xffffffff),
+        otherRecord(0xffffffff, 0xffffffff, 0xffffffff,
+                    otherField + little(1, 2) + little(24, 2) + sizes + little(0xffffffff, 8), 46));
+    EXPECT_EQ(moved(otherRecord(5, 0xffffffff, 0, little(1, 2) + little(8, 2) + little(7, 8)), large),
+              otherRecord(5, 0xffffffff, 0xffffffff,
+                          little(1, 2) + little(16, 2) + little(7, 8) + little(large, 8), 45));
+}
+
+TEST(EntryHeaders, refusesALargeOffsetWhereThereIsNoRoom)
+{
+    const auto fill = [](std::size_t size) {
+        return little(0x5455, 2) + little(size - 4, 2) + std::string(size - 4, 'f');
+    };
+    EXPECT_NO_THROW(moved(otherRecord(5, 7, 0, fill(65523)), large));
+    std::string out;
+    const std::string record = otherRecord(5, 7, 0, fill(65524));
+    EXPECT_EQ(
+        support::zipFailure("new archive",
+                            [&] { appendDirectoryRecord(out, parseDirectoryRecord(record, 0, "z"), large); }),
+        "member \"a.txt\": its extra fields leave no room for an offset of 4 GiB or more");
+}
+
 TEST(EntryHeaders, tellsWhichMembersAreDirectories)
 {
     std::string out;
