@@ -313,6 +313,27 @@ TEST(Explode, givesTheSameBytesOfAMergeAgain)
     expectSameAgain(dir, "all.hdf");
 }
 
+TEST(Explode, takesMembersApartWhoseNamesAreDirectoriesOfOthers)
+{
+    const TempDir dir;
+    writeFile(dir / "drivers", "no directory");
+    writeFile(dir / "tree/gpio/g.mdd", "driver");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "drivers:BIT", "--driver", "gpio=tree/gpio"}));
+    expectSameAgain(dir, "a.hdf");
+    EXPECT_EQ(readFile(dir / "parts/_/0/drivers"), "no directory");
+}
+
+TEST(Explode, refusesACommentThatNoRecipeCanHold)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:BIT", "--no-digest"}));
+    const HHDFHwDefArchive present(dir / "a.hdf");
+    HHDFHwDefArchive::write(dir / "a.hdf", {{"hwdef.xml", ""}, {"a.bit", ""}}, &present, "caf\xe9", false);
+    expectError(runCommand(dir.path(), {"explode", "a.hdf", "parts"}),
+                "a.hdf: the archive's comment isn't UTF-8, and no recipe can hold it");
+}
+
 TEST(Explode, keepsABomOfOtherHands)
 {
     const TempDir dir;
@@ -452,6 +473,35 @@ TEST(Set, keepsTheBytesInFrontOfAnArchive)
     EXPECT_EQ(HUTZip::checkIntegrity(HUTFile(dir / "front.hdf")), HUTZip::INTACT);
 }
 
+TEST(Set, tellsOfBytesBehindAnArchive)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:BIT", "--no-digest"}));
+    writeFile(dir / "a.hdf", readFile(dir / "a.hdf") + "tail\n");
+    const CommandRun run = runCommand(dir.path(), {"set", "a.hdf", "board=b"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "hwdef: a.hdf: 5 bytes behind the archive are not kept\n");
+}
+
+TEST(Set, keepsTheAttributesOfEntriesThatShareAName)
+{
+    const TempDir dir;
+    writeFile(dir / "f.bit", "one");
+    expectDone(
+        runCommand(dir.path(), {"build", "-o", "1.hdf", "f.bit:BIT", "-f", "f.bit:k=1", "-f", "f.bit:a=A"}));
+    expectDone(
+        runCommand(dir.path(), {"build", "-o", "2.hdf", "f.bit:PDI", "-f", "f.bit:k=2", "-f", "f.bit:b=B"}));
+    expectDone(runCommand(dir.path(), {"merge", "-q", "1.hdf", "2.hdf", "-o", "all.hdf"}));
+    const std::string merged = readFile(dir / "all.hdf");
+    expectSameAgain(dir, "all.hdf");
+    EXPECT_TRUE(contains(readFile(dir / "parts/recipe.json"), "\"k\": \"2\""));
+    expectDone(runCommand(dir.path(), {"set", "all.hdf", "board=b"}));
+    EXPECT_NE(readFile(dir / "all.hdf"), merged);
+    expectDone(runCommand(dir.path(), {"set", "all.hdf", "board="}));
+    EXPECT_EQ(readFile(dir / "all.hdf"), merged);
+}
+
 TEST(Set, renamesTheBomWithTheMode)
 {
     const TempDir dir;
@@ -577,6 +627,15 @@ TEST(Remove, removesMembersAndTheirEntries)
     const auto def = HHDFHwDefUtils::getHDF(dir / "design.hdf", true);
     EXPECT_FALSE(def->isBomFileExistsWithName("top.hwh"));
     EXPECT_TRUE(def->getDriverFilesMap().empty());
+}
+
+TEST(Remove, takesANameTwice)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:BIT"}));
+    expectDone(runCommand(dir.path(), {"remove", "a.hdf", "a.bit", "a.bit"}));
+    EXPECT_EQ(support::namesIn(dir / "a.hdf"), "hwdef.xml");
 }
 
 TEST(Remove, removesTheMemberThatADriversFileStandsFor)

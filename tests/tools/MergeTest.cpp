@@ -113,6 +113,75 @@ TEST(Merge, tellsOfDriverFilesThatAreNotMerged)
                          "  driver file  drivers/gpio/src/g.c  left out  of 1.hdf\n"));
 }
 
+TEST(Merge, tellsWhereTheBytesReallyAreFrom)
+{
+    const TempDir dir;
+    writeFile(dir / "1/f.bit", "one");
+    writeFile(dir / "2/f.bit", "two");
+    for (const std::string number : {"1", "2"}) {
+        expectDone(runCommand(dir.path(), {"build", "-o", number + ".hdf", number + "/f.bit:BIT", "-s",
+                                           "part=p", "--no-digest"}));
+    }
+    const std::string different = "  file  f.bit  different  from ";
+    const CommandRun again = runCommand(dir.path(), {"merge", "1.hdf", "2.hdf", "1.hdf", "-o", "all.hdf"});
+    EXPECT_TRUE(contains(again.out, different + "2.hdf\n")) << again.out;
+    EXPECT_EQ(support::memberOf(dir / "all.hdf", "f.bit"), "two");
+
+    const support::Members bomOnly = {{"hwdef.xml", support::memberOf(dir / "2.hdf", "hwdef.xml")}};
+    support::writeArchive(dir / "2.hdf", bomOnly);
+    const CommandRun missing = runCommand(dir.path(), {"merge", "1.hdf", "2.hdf", "-o", "all.hdf"});
+    EXPECT_TRUE(contains(missing.out, different + "1.hdf\n")) << missing.out;
+    EXPECT_EQ(support::memberOf(dir / "all.hdf", "f.bit"), "one");
+}
+
+TEST(Merge, tellsWhereADriversFileIsFrom)
+{
+    const TempDir dir;
+    for (const std::string number : {"1", "2"}) {
+        writeFile(dir / (number + "/gpio/g.mdd"), "of " + number);
+        writeFile(dir / (number + ".bit"), "bits");
+        expectDone(runCommand(dir.path(), {"build", "-o", number + ".hdf", number + ".bit:BIT", "-s",
+                                           "part=p", "--driver", "gpio=" + number + "/gpio"}));
+    }
+    const CommandRun run = runCommand(dir.path(), {"merge", "1.hdf", "2.hdf", "1.hdf", "-o", "all.hdf"});
+    EXPECT_TRUE(contains(run.out, "  file    drivers/gpio/g.mdd  different  from 1.hdf\n")) << run.out;
+    EXPECT_EQ(support::memberOf(dir / "all.hdf", "drivers/gpio/g.mdd"), "of 1");
+}
+
+TEST(Merge, tellsWhichAttributesAndTypesOfFilesMet)
+{
+    const TempDir dir;
+    writeFile(dir / "f.bit", "one");
+    expectDone(runCommand(dir.path(), {"build", "-o", "1.hdf", "f.bit:BIT", "-f", "f.bit:k=1", "-f",
+                                       "f.bit:s=0", "-f", "f.bit:a=A"}));
+    expectDone(runCommand(dir.path(), {"build", "-o", "2.hdf", "f.bit:PDI", "-f", "f.bit:k=2", "-f",
+                                       "f.bit:s=0", "-f", "f.bit:b=B"}));
+    const CommandRun run = runCommand(dir.path(), {"merge", "1.hdf", "2.hdf", "-o", "all.hdf"});
+    EXPECT_EQ(run.out,
+              "properties from none, as no container names a part\n"
+              "1.hdf  1 file  0 drivers\n"
+              "2.hdf  1 file  0 drivers\n"
+              "  file            f.bit     the same   from 2.hdf\n"
+              "  file type       f.bit     different  from 2.hdf\n"
+              "  file attribute  f.bit: k  different  from 2.hdf\n"
+              "  file attribute  f.bit: s  the same   from 2.hdf\n"
+              "written to all.hdf\n");
+}
+
+TEST(Merge, tellsOfBytesThatBelongToNoMember)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:BIT", "--no-digest"}));
+    writeFile(dir / "b.hdf", "front" + readFile(dir / "a.hdf"));
+    writeFile(dir / "c.hdf", readFile(dir / "a.hdf") + "!");
+    const CommandRun run = runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "c.hdf", "-n"});
+    EXPECT_TRUE(contains(run.out,
+                         "  bytes  5 bytes in front of the archive's members  left out  of b.hdf\n"
+                         "  bytes  1 byte behind the archive                  left out  of c.hdf\n"))
+        << run.out;
+}
+
 TEST(Merge, tellsThatNoContainerGivesProperties)
 {
     const TempDir dir;
@@ -124,6 +193,7 @@ TEST(Merge, tellsThatNoContainerGivesProperties)
     const std::string json = runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "-n", "--json"}).out;
     EXPECT_TRUE(contains(json, "\"propertiesFrom\": \"\""));
     EXPECT_TRUE(contains(json, "\"name\": \"board\"")) << json;
+    EXPECT_FALSE(contains(json, "\"name\": \"mode\"")) << json;  // none had one
     EXPECT_TRUE(runCommand(dir.path(), {"merge", "a.hdf", "-n"}).out.starts_with("properties from a.hdf\n"));
 }
 

@@ -244,6 +244,12 @@ std::string Container::bomName() const
     return archive->find("hwdef.xml") == nullptr ? "sysdef.xml" : "hwdef.xml";
 }
 
+bool Container::hasMode() const
+{
+    // Post-synthesis would have named the document otherwise.
+    return bomName() != "hwdef.xml" || definition->getModeType() == HHDFHwDefFileTypes::PRE_SYNTHESIS;
+}
+
 const HHDFHwDefArchive::Member& Container::member(const std::string& name) const
 {
     const HHDFHwDefArchive::Member* const found = archive->find(name);

@@ -16,6 +16,8 @@ struct Container {
     std::vector<HHDFHwDefFile*> files() const;
     /// The name of its BOM document.
     std::string bomName() const;
+    /// Whether its BOM names a mode; without one the definition reads as of post-synthesis.
+    bool hasMode() const;
     /// The member of that name. Throws CommandError with the nearest name.
     const HHDFHwDefArchive::Member& member(const std::string& name) const;
     /// The member that a driver's file stands for; null when the archive has none.

@@ -1,6 +1,7 @@
 #include "Edit.h"
 
 #include "CommandError.h"
+#include "Messages.h"
 #include "ProgressLine.h"
 #include "Text.h"
 #include "platform/HUTFile.h"
@@ -48,5 +49,8 @@ void editContainer(const std::string& path, const EditLeave& leave,
         checkBom(recipe, container);
     }
     change(recipe);
+    if (const std::uint64_t behind = container.archive->bytesBehind(); behind > 0) {
+        tell(printable(path) + ": " + counted(behind, "byte") + " behind the archive are not kept");
+    }
     cook(recipe, path, container.archive.get());
 }

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <set>
 
 #include "CommandError.h"
 #include "Messages.h"
@@ -14,6 +16,48 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* recipeName = "recipe.json";
+
+/// Where the files of members go: to the paths of their names, but for those whose path is that of the recipe
+/// or of a directory above another member's file. These go to directories of their own, below one whose name
+/// no other member's path begins with.
+class Places {
+public:
+    explicit Places(const HHDFHwDefArchive& archive)
+    {
+        std::set<std::string> paths;
+        for (const auto& member : archive.members()) {
+            paths.insert(member.name);
+        }
+        const auto isBelow = [&](const std::string& dir) {
+            const auto next = paths.lower_bound(dir + "/");
+            return next != paths.end() && next->starts_with(dir + "/");
+        };
+        std::string aside = "_";
+        while (paths.contains(aside) || isBelow(aside)) {
+            aside += '_';
+        }
+        for (const std::string& path : paths) {
+            if (path == recipeName || (!isDirectory(path) && isBelow(path))) {
+                dirs_[path] = aside + (path == recipeName ? "" : "/" + std::to_string(dirs_.size()));
+            }
+        }
+    }
+
+    /// The directory below the chosen one for a member whose file isn't at the path of its name; else empty.
+    std::string dirOf(const std::string& member) const
+    {
+        const auto found = dirs_.find(member);
+        return found == dirs_.end() ? "" : found->second;
+    }
+    std::string pathOf(const std::string& member) const
+    {
+        const std::string dir = dirOf(member);
+        return dir.empty() ? member : dir + "/" + member;
+    }
+
+private:
+    std::map<std::string, std::string> dirs_;
+};
 
 class Explode : public ContainerVerb {
 public:
@@ -44,8 +88,8 @@ public:
 
 private:
     void checkDirectory() const;
-    Recipe recipe(const Container& container) const;
-    void extract(const Container& container, const Recipe& recipe) const;
+    Recipe recipe(const Container& container, const Places& places) const;
+    void extract(const Container& container, const Recipe& recipe, const Places& places) const;
     bool givesSameBytes() const;
 
     std::string dir_;
@@ -54,48 +98,34 @@ private:
 
 const Registration<Explode> registration;
 
-/// The directory below the chosen one for the member of the recipe's own name, which is taken there: of a
-/// name that no other member's path begins with.
-std::string asideOf(const Container& container)
-{
-    std::string aside = "_";
-    const auto isTaken = [&](const HHDFHwDefArchive::Member& member) {
-        return member.name == aside || member.name.starts_with(aside + "/");
-    };
-    const auto& members = container.archive->members();
-    while (std::any_of(members.begin(), members.end(), isTaken)) {
-        aside += '_';
-    }
-    return aside;
-}
-
 /// Gives every member its path, where its file goes below the directory.
-void setPaths(Recipe& recipe, const std::string& aside)
+void setPaths(Recipe& recipe, const Places& places)
 {
-    const auto pathOf = [&](const std::string& member) {
-        return member == recipeName ? aside + "/" + recipeName : member;
-    };
     for (Recipe::File& file : recipe.files) {
-        file.path = pathOf(file.name);
+        file.path = places.pathOf(file.name);
     }
     for (Recipe::Driver& driver : recipe.drivers) {
         for (Recipe::DriverFile& file : driver.files) {
-            file.path = pathOf(file.name);
+            file.path = places.pathOf(file.name);
         }
     }
     for (Recipe::Member& member : recipe.members) {
-        member.path = member.name == recipe.bomName ? "" : pathOf(member.name);
+        member.path = member.name == recipe.bomName ? "" : places.pathOf(member.name);
     }
 }
 
 /// A recipe is JSON, whose texts are UTF-8.
-void checkNames(const Container& container)
+void checkTexts(const Container& container)
 {
     for (const HHDFHwDefArchive::Member& member : container.archive->members()) {
         if (!isUtf8(member.name)) {
             throw CommandError(printable(container.path) + ": the name of member \"" +
                                printable(member.name) + "\" isn't UTF-8, and no recipe can hold it");
         }
+    }
+    if (!isUtf8(container.archive->comment())) {
+        throw CommandError(printable(container.path) +
+                           ": the archive's comment isn't UTF-8, and no recipe can hold it");
     }
 }
 
@@ -116,7 +146,7 @@ void Explode::checkDirectory() const
     }
 }
 
-Recipe Explode::recipe(const Container& container) const
+Recipe Explode::recipe(const Container& container, const Places& places) const
 {
     Recipe recipe = recipeOf(container);
     const std::string bom = HHDFHwDefUtils::getFileBufferFromHDF(recipe.bomName, container.path);
@@ -136,16 +166,16 @@ Recipe Explode::recipe(const Container& container) const
         recipe = std::move(verbatim);
     }
     std::erase_if(recipe.members, [](const Recipe::Member& member) { return isDirectory(member.name); });
-    setPaths(recipe, asideOf(container));
+    setPaths(recipe, places);
     return recipe;
 }
 
-void Explode::extract(const Container& container, const Recipe& recipe) const
+void Explode::extract(const Container& container, const Recipe& recipe, const Places& places) const
 {
     std::vector<std::string> names;
     for (const auto& member : container.archive->members()) {
-        if (member.name == recipeName) {
-            container.archive->extract(member.name, dir_ + "/" + asideOf(container));
+        if (const std::string dir = places.dirOf(member.name); !dir.empty()) {
+            container.archive->extract(member.name, dir_ + "/" + dir);
         } else if (!isDirectory(member.name) && (member.name != recipe.bomName || !recipe.bomPath.empty())) {
             names.push_back(member.name);
         }
@@ -167,11 +197,12 @@ bool Explode::givesSameBytes() const
 ExitCode Explode::run(Output& output)
 {
     const Container container = openContainer(containerPath());
-    checkNames(container);
+    checkTexts(container);
     checkDirectory();
-    const Recipe recipe = this->recipe(container);
+    const Places places(*container.archive);
+    const Recipe recipe = this->recipe(container, places);
     fs::create_directories(dir_);
-    extract(container, recipe);
+    extract(container, recipe, places);
     const std::string path = dir_ + "/" + recipeName;
     writeWhole(path, recipeText(recipe));
     const bool isSameAgain = givesSameBytes();

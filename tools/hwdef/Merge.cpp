@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "CommandError.h"
 #include "Container.h"
@@ -55,10 +56,10 @@ const Registration<Merge> registration;
 
 /// A name that more than one container brings.
 struct Meeting {
-    const char* kind;  ///< "file", "driver" or "attribute"
+    const char* kind;  ///< "file", "file type", "file attribute", "driver" or "attribute"
     std::string name;
-    std::vector<std::string> containers;  ///< in order; the last one counts
-    bool isSame = true;                   ///< content, list of files, or value
+    std::string from;    ///< the container that counts
+    bool isSame = true;  ///< content, list of files, or value
 };
 
 using Member = HHDFHwDefArchive::Member;
@@ -93,11 +94,51 @@ void addMeetings(const char* kind, const BroughtByName& brought, std::vector<Mee
         if (all.size() < 2) {
             continue;
         }
-        Meeting meeting = {kind, name, {}, isOfOneValue(all) && isOfOnePresence(all)};
-        for (const Brought& one : all) {
-            meeting.containers.push_back(one.container->path);
+        meetings.push_back(
+            {kind, name, all.back().container->path, isOfOneValue(all) && isOfOnePresence(all)});
+    }
+}
+
+std::string pathOf(const HHDFHwDef& definition)
+{
+    std::string path;
+    definition.getContainerFullPath(path);
+    return path;
+}
+
+/// Tells from which containers the bytes of files that met are: of the entries of one name the last one
+/// counts whose member is there, and those of drivers come behind the others.
+void nameSources(const std::vector<Container>& containers, const HHDFHwDef& merged,
+                 std::vector<Meeting>& meetings)
+{
+    std::map<std::string, const Container*> byPath;
+    std::map<std::string, const Container*> byDriver;
+    for (const Container& container : containers) {
+        byPath.emplace(pathOf(*container.definition), &container);
+        for (const auto& [driver, files] : container.definition->getDriverFilesMap()) {
+            byDriver[driver] = &container;
         }
-        meetings.push_back(meeting);
+    }
+    std::map<std::string, const Container*> sources;
+    std::vector<HHDFHwDefFile*> files;
+    merged.getBomFiles(files);
+    for (const HHDFHwDefFile* const file : files) {
+        const auto container = byPath.find(file->getHwDefFilePath());
+        if (container != byPath.end() && container->second->archive->find(file->getFileName()) != nullptr) {
+            sources[file->getFileName()] = container->second;
+        }
+    }
+    for (const auto& [driver, records] : merged.getDriverFilesMap()) {
+        for (const HHDFHwDefDriver& record : records) {
+            if (byDriver[driver]->driverMember(record) != nullptr) {
+                sources[record.getRelativeName()] = byDriver[driver];
+            }
+        }
+    }
+    for (Meeting& meeting : meetings) {
+        if (const auto source = sources.find(meeting.name); source != sources.end()) {
+            meeting.from = source->second->path;
+        }
     }
 }
 
@@ -132,15 +173,38 @@ void bring(BroughtByName& brought, const std::string& name, const Brought& one)
     }
 }
 
-std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
-{
+/// What containers bring, by what it is.
+struct AllBrought {
     BroughtByName files;
+    BroughtByName fileTypes;
+    BroughtByName fileAttributes;
     BroughtByName drivers;
     BroughtByName attributes;
+};
+
+void bringFiles(const Container& container, AllBrought& all)
+{
+    for (const HHDFHwDefFile* file : container.files()) {
+        const std::string name = file->getFileName();
+        bring(all.files, name, {&container, container.archive->find(name), ""});
+        bring(all.fileTypes, name, {&container, nullptr, typeToken(*file)});
+        if (file->hasFileAttrs()) {
+            for (const auto& [key, value] : file->getFileAttrs()) {
+                bring(all.fileAttributes, name + ": " + key, {&container, nullptr, value});
+            }
+        }
+    }
+}
+
+std::vector<Meeting> meetingsOf(const std::vector<Container>& containers, const HHDFHwDef& merged)
+{
+    AllBrought all;
+    auto& [files, fileTypes, fileAttributes, drivers, attributes] = all;
+    std::set<std::string> paths;
     for (const Container& container : containers) {
-        for (const HHDFHwDefFile* file : container.files()) {
-            const std::string name = file->getFileName();
-            bring(files, name, {&container, container.archive->find(name), ""});
+        // One that is named again brings no more entries.
+        if (paths.insert(pathOf(*container.definition)).second) {
+            bringFiles(container, all);
         }
         for (const auto& [name, list] : container.definition->getDriverFilesMap()) {
             std::string names;
@@ -159,6 +223,12 @@ std::vector<Meeting> meetingsOf(const std::vector<Container>& containers)
     std::vector<Meeting> meetings;
     addMeetings("file", files, meetings);
     compareFiles(files, meetings);
+    nameSources(containers, merged, meetings);
+    addMeetings("file type", fileTypes, meetings);
+    std::erase_if(meetings, [](const Meeting& one) {
+        return one.isSame && std::string_view(one.kind) == "file type";  // nothing to tell
+    });
+    addMeetings("file attribute", fileAttributes, meetings);
     addMeetings("driver", drivers, meetings);
     addMeetings("attribute", attributes, meetings);
     return meetings;
@@ -258,7 +328,7 @@ void showMeetings(const std::vector<Meeting>& meetings, Output& output)
         table.row(
             {meeting.kind, printable(meeting.name),
              meeting.isSame ? output.paint(Style::DIM, "the same") : output.paint(Style::YELLOW, "different"),
-             "from " + printable(meeting.containers.back())});
+             "from " + printable(meeting.from)});
     }
     output.lines(table.lines(2));
 }
@@ -293,7 +363,7 @@ void writeReport(const std::vector<Container>& containers, const std::vector<Mee
         json.add("kind", meeting.kind);
         json.add("name", meeting.name);
         json.add("same", meeting.isSame);
-        json.add("from", meeting.containers.back());
+        json.add("from", meeting.from);
         json.end();
     }
     json.end();
@@ -333,7 +403,7 @@ ExitCode Merge::run(Output& output)
     checkReadable(containers);
     const auto definition = merged(containers);
     const auto omissions = omissionsOf(containers, *definition, propertySource(containers));
-    const auto meetings = meetingsOf(containers);
+    const auto meetings = meetingsOf(containers, *definition);
     const bool isRefused = isStrict_ && haveConflict(meetings);
     const bool isWritten = !isDryRun_ && !isRefused;
     if (isWritten) {

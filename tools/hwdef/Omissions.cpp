@@ -3,6 +3,7 @@
 #include <set>
 
 #include "Properties.h"
+#include "Text.h"
 
 namespace {
 
@@ -16,7 +17,8 @@ public:
     {
         for (const Property& property : properties()) {
             const std::string value = property.get(*container_.definition);
-            if (!value.empty() && value != property.get(merged_)) {
+            const bool isTold = std::string_view(property.key) != "mode" || container_.hasMode();
+            if (isTold && !value.empty() && value != property.get(merged_)) {
                 add("property", property.key);
             }
         }
@@ -90,6 +92,18 @@ public:
         }
     }
 
+    void addBytes()
+    {
+        const std::uint64_t inFront = container_.archive->bytesInFront();
+        if (inFront > 0) {
+            add("bytes", counted(inFront, "byte") + " in front of the archive's members");
+        }
+        const std::uint64_t behind = container_.archive->bytesBehind();
+        if (behind > 0) {
+            add("bytes", counted(behind, "byte") + " behind the archive");
+        }
+    }
+
     std::vector<Omission> omissions_;
 
 private:
@@ -114,6 +128,7 @@ std::vector<Omission> omissionsOf(const std::vector<Container>& containers, cons
         list.addModel();
         list.addMembers();
         list.addComment();
+        list.addBytes();
         all.insert(all.end(), list.omissions_.begin(), list.omissions_.end());
     }
     return all;

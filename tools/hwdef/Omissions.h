@@ -9,9 +9,9 @@
 struct Omission {
     /// "property" (of the container that properties come from, of all when none gives them), "driver file"
     /// (of a driver that a later container brings with other files), "partition", "configuration", "member"
-    /// (that the bill of materials doesn't list) or "comment" (of the archive).
+    /// (that the bill of materials doesn't list), "comment" (of the archive) or "bytes" (of no member).
     const char* kind;
-    std::string name;  ///< a property's key, a path, or the comment itself
+    std::string name;  ///< a property's key, a path, the comment itself, or which bytes
     const Container* container;
 };
 

@@ -9,6 +9,7 @@
 
 #include "CommandError.h"
 #include "RecipeCheck.h"
+#include "RepeatedFiles.h"
 #include "Text.h"
 #include "platform/HPAParamMgr.h"
 
@@ -18,14 +19,12 @@ using Types = HHDFHwDefFileTypes;
 
 constexpr const char* diesParameter = "project.generateAiePrimitive";
 
-std::vector<Assignment> propertiesOf(const HHDFHwDef& definition, const std::string& bomName)
+std::vector<Assignment> propertiesOf(const Container& container)
 {
-    // No mode at all reads as post-synthesis, but that would have named the document otherwise.
-    const bool hasMode = bomName != "hwdef.xml" || definition.getModeType() == Types::PRE_SYNTHESIS;
     std::vector<Assignment> assignments;
     for (const Property& property : properties()) {
-        const std::string value = property.get(definition);
-        if (!value.empty() && (hasMode || std::string_view(property.key) != "mode")) {
+        const std::string value = property.get(*container.definition);
+        if (!value.empty() && (container.hasMode() || std::string_view(property.key) != "mode")) {
             assignments.emplace_back(property.key, value);
         }
     }
@@ -182,11 +181,12 @@ Recipe recipeOf(const Container& container)
     const HHDFHwDef& definition = *container.definition;
     Recipe recipe;
     recipe.bomName = container.bomName();
-    recipe.properties = propertiesOf(definition, recipe.bomName);
+    recipe.properties = propertiesOf(container);
     recipe.digest = definition.getDigest();
     for (const HHDFHwDefFile* file : container.files()) {
         recipe.files.push_back(fileOf(*file));
     }
+    takeApartRepeated(container, recipe.files);
     recipe.drivers = driversOf(definition);
     definition.getWDIAttrs(recipe.attributes);
     recipe.partitions = partitionFacts(container);

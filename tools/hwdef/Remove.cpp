@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include "CommandError.h"
 #include "Edit.h"
@@ -75,7 +76,7 @@ bool removeFrom(Recipe& recipe, const std::string& name)
 
 void Remove::change(Recipe& recipe) const
 {
-    for (const std::string& name : names_) {
+    for (const std::string& name : std::set<std::string>(names_.begin(), names_.end())) {
         if (name == recipe.bomName) {
             throw CommandError("\"" + name + "\" is the bill of materials, and no container is without one");
         }
