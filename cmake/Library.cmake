@@ -11,10 +11,8 @@ target_compile_definitions(hwdef_objects PRIVATE
 target_link_libraries(hwdef_objects
   PUBLIC Boost::headers
   PRIVATE hwdef_options Boost::filesystem Boost::iostreams pugixml::pugixml OpenSSL::Crypto hwdef_isal)
-# What most sources include is compiled once. Each includes it all the same, as lint.sh checks. Where g++ 12 thinks
-# that a std::string might be copied beyond all memory, it tells so of a header that is compiled beforehand.
-target_precompile_headers(hwdef_objects PRIVATE <algorithm> <memory> <string> <string_view> <vector>)
-set_source_files_properties(platform/HUTFileUtils.cpp PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+# No precompiled headers here: they lie in the build directory, and a compiler cache could not tell that the builds of
+# tests and packages compile the same.
 
 set(HWDEF_LINKED Boost::filesystem Boost::iostreams pugixml::pugixml OpenSSL::Crypto hwdef_isal)
 
