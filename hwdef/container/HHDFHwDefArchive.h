@@ -94,9 +94,9 @@ public:
     /// Writes the archive at `path`, or replaces it, as one of exactly these parts in this order, with the
     /// comment; of two parts of one name the later one stays. Parts without a file are taken from `present`,
     /// with headers, data and records byte for byte as they have them there, and so are the bytes in front of
-    /// its members, not those behind it; it may be the archive that is replaced, and may be null when all
-    /// parts have files. With `attachDigest` the archive digest is recorded. Throws HEXAll, what stood at the
-    /// path is then as it was.
+    /// its members, not those between or behind them; it may be the archive that is replaced, and may be null
+    /// when all parts have files. With `attachDigest` the archive digest is recorded. Throws HEXAll, what
+    /// stood at the path is then as it was.
     static void write(const std::string& path, const std::vector<Part>& parts,
                       const HHDFHwDefArchive* present, const std::string& comment, bool attachDigest);
 

@@ -306,6 +306,9 @@ TEST(HHDFHwDefArchive, extractsBelowTheDirectoryOnly)
     EXPECT_FALSE(support::exists(dir / "to/out"));
     EXPECT_EQ(whyNot([&] { archive.extract("none", dir.path()); }),
               dir / "a.hdf" + ": there is no member \"none\"");
+    support::writeFile(dir / "file", "no directory");
+    EXPECT_EQ(whyNot([&] { archive.extract("deep/b.elf", dir / "file"); }),
+              dir / "file/deep is no directory that can be written to");
 }
 
 TEST(HHDFHwDefArchive, extractsToTheWorkingDirectoryWithoutAnother)

@@ -1,5 +1,5 @@
 // The zip layer's reader: open, list, find and read every member, twice, by the stream of one member
-// and through a copy into another archive.
+// and through copies into another archive.
 
 #include <algorithm>
 #include <fstream>
@@ -21,6 +21,7 @@ using iostreams::device::detail::zip_exception;
 using iostreams::zip::ArchiveReader;
 using iostreams::zip::ArchiveWriter;
 using iostreams::zip::Entry;
+using iostreams::zip::Origin;
 
 namespace {
 
@@ -63,14 +64,17 @@ void readTwice(const ArchiveReader& archive, const Entry& entry, std::string& co
 
 /// A member that can be read here can be read in an archive that took it over as it is. Not the other
 /// way round: a data descriptor that contradicts the directory is not taken along.
-void copyMembers(const ArchiveReader& archive, const std::string& path)
+void copyMembers(const ArchiveReader& archive, Origin origin, const std::string& path)
 {
     ArchiveWriter copy(path, ArchiveWriter::Digest::ATTACHED);
+    if (origin == Origin::KEPT) {
+        copy.keepFront(archive);
+    }
     std::string reason;
     std::unordered_map<std::string, const Entry*> taken;
     for (const Entry& entry : archive.entries()) {
         const std::string name(entry.name);
-        if (copy.addMember(archive, entry, name, reason)) {
+        if (copy.addMember(archive, entry, name, reason, origin)) {
             taken[name] = &entry;
         }
     }
@@ -139,7 +143,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             fuzz::require(found != nullptr && found->name == entry.name, "what is listed is found");
             readTwice(archive, entry, content);
         }
-        copyMembers(archive, fuzz::directory() + "/copy.hdf");
+        copyMembers(archive, Origin::FIXED, fuzz::directory() + "/copy.hdf");
+        copyMembers(archive, Origin::KEPT, fuzz::directory() + "/copy.hdf");
         addMember(path);
     } catch (const zip_exception&) {
         // refused: that is an answer

@@ -94,6 +94,10 @@ TEST(ContentDigest, isNotMadeOfWhatIsBeyondALimitOrNoNumber)
     support::writeArchive(dir / "x.hdf", {{"hwdef.xml", support::bomDocument("Version='1' Minor='x'", "")}});
     const support::Messages messages;
     EXPECT_EQ(HHDFInspect::contentDigest(dir / "x.hdf"), "");
+    support::writeArchive(dir / "x.hdf",
+                          {{"hwdef.xml", support::bomDocument("Version='1' Minor='0'",
+                                                              "<PART><NUM_OF_SLRS Value='x'/></PART>")}});
+    EXPECT_EQ(HHDFInspect::contentDigest(dir / "x.hdf"), "");
     auto* parameters = HPAParamMgr::getParamMgr();
     parameters->setValue(platform::limits::MAX_DIGESTED, "4000");
     EXPECT_EQ(HHDFInspect::contentDigest(dir / "a.hdf"), "");
@@ -101,11 +105,12 @@ TEST(ContentDigest, isNotMadeOfWhatIsBeyondALimitOrNoNumber)
     parameters->setValue(platform::limits::MAX_DOCUMENT_MEMORY, "4000");
     EXPECT_EQ(HHDFInspect::contentDigest(dir / "a.hdf"), "");
     parameters->setValue(platform::limits::MAX_DOCUMENT_MEMORY, "");
-    ASSERT_EQ(messages.all().size(), 3u) << messages.joined();
+    ASSERT_EQ(messages.all().size(), 4u) << messages.joined();
     EXPECT_NE(messages.all()[0].text.find("a version in the BOM is no number"), std::string::npos);
-    EXPECT_NE(messages.all()[1].text.find("member \"a.bit\" has 5000000 bytes, no more than "),
+    EXPECT_NE(messages.all()[1].text.find("the number of dies in the BOM is no number"), std::string::npos);
+    EXPECT_NE(messages.all()[2].text.find("member \"a.bit\" has 5000000 bytes, no more than "),
               std::string::npos);
-    EXPECT_NE(messages.all()[2].text.find("bytes of memory that are allowed"), std::string::npos)
+    EXPECT_NE(messages.all()[3].text.find("bytes of memory that are allowed"), std::string::npos)
         << messages.joined();
 }
 

@@ -260,7 +260,8 @@ TEST(Verification, holdsDigestsOfDriverFilesAgainstTheBom)
     const std::string text = found(
         {{"hwdef.xml", bomDocument("Version='1' Minor='2' DIGEST='0'",
                                    "<DRIVERS><DRIVER IP_VLNV='g'><File PATH='drivers/x.mdd' DIGEST='00'/>"
-                                   "<File PATH='drivers/y.c'/></DRIVER></DRIVERS>")},
+                                   "<File PATH='drivers/y.c'/>"
+                                   "<File PATH='drivers/gone.c' DIGEST='1'/></DRIVER></DRIVERS>")},
          {"drivers/x.mdd", "driver"},
          {"drivers/y.c", "code"}});
     EXPECT_NE(text.find("error bom.digest [drivers/x.mdd] :3 has the digest "), std::string::npos) << text;
@@ -268,6 +269,12 @@ TEST(Verification, holdsDigestsOfDriverFilesAgainstTheBom)
     EXPECT_NE(
         text.find("error bom.digest [drivers/y.c] no digest is recorded, so that it counts as changed\n"),
         std::string::npos)
+        << text;
+    // What isn't there counts as empty.
+    EXPECT_NE(text.find("error bom.digest [drivers/gone.c] :3 has the digest "
+                        "3661210606158408986984448049525061029282950170377, recorded "
+                        "is \"1\"\n"),
+              std::string::npos)
         << text;
 }
 

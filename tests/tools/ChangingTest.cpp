@@ -323,6 +323,21 @@ TEST(Explode, takesMembersApartWhoseNamesAreDirectoriesOfOthers)
     EXPECT_EQ(readFile(dir / "parts/_/0/drivers"), "no directory");
 }
 
+TEST(Explode, takesListedFilesApartThatAreMissing)
+{
+    const TempDir dir;
+    writeFile(dir / "drivers", "no directory");
+    writeFile(dir / "tree/gpio/g.mdd", "driver");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "drivers:BIT", "--driver", "gpio=tree/gpio"}));
+    auto members = support::readArchive(dir / "a.hdf");
+    std::erase_if(members, [](const auto& one) { return one.first == "drivers"; });
+    members.emplace_back("recipe.json/x", "below the recipe's name");
+    support::writeArchive(dir / "b.hdf", members);
+    EXPECT_EQ(runCommand(dir.path(), {"explode", "-q", "b.hdf", "parts"}).exitCode, 0);
+    EXPECT_EQ(runCommand(dir.path(), {"build", "-q", "-o", "again.hdf", "parts/recipe.json"}).exitCode, 0);
+    EXPECT_EQ(support::readArchive(dir / "again.hdf"), members);
+}
+
 TEST(Explode, refusesACommentThatNoRecipeCanHold)
 {
     const TempDir dir;
@@ -368,7 +383,7 @@ TEST(Explode, saysWhenTheBytesDiffer)
     const CommandRun run = runCommand(dir.path(), {"explode", "stored.hdf", "parts"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.error,
-              "hwdef: the recipe gives a container of the same members, but of other bytes: stored.hdf was "
+              "hwdef: the recipe gives a container of the same files, but of other bytes: stored.hdf was "
               "packed in another way\n");
     EXPECT_EQ(runCommand(dir.path(), {"explode", "-q", "stored.hdf", "quiet"}).error, "");
 }

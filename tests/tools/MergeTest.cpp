@@ -168,6 +168,60 @@ TEST(Merge, tellsWhichAttributesAndTypesOfFilesMet)
               "written to all.hdf\n");
 }
 
+TEST(Merge, leavesAttributesOfAMergedContainerWithTheirEntries)
+{
+    const TempDir dir;
+    for (const std::string number : {"1", "2", "3"}) {
+        const std::string file = number == "3" ? "h.bit" : "f.bit";
+        writeFile(dir / (number + "/" + file), number);
+        expectDone(runCommand(dir.path(), {"build", "-o", number + ".hdf", number + "/" + file + ":BIT", "-f",
+                                           file + ":k=" + number}));
+    }
+    expectDone(runCommand(dir.path(), {"merge", "-q", "1.hdf", "2.hdf", "-o", "12.hdf"}));
+    expectDone(runCommand(dir.path(), {"merge", "-q", "12.hdf", "3.hdf", "-o", "123.hdf"}));
+    const std::string bom = support::memberOf(dir / "123.hdf", "hwdef.xml");
+    std::size_t place = 0;
+    for (const char* const value : {"1", "2", "3"}) {
+        place = bom.find("<File ", place);
+        ASSERT_NE(place, std::string::npos);
+        const std::string element = bom.substr(place, bom.find("</File>", place) - place);
+        EXPECT_TRUE(contains(element, std::string("ATTRVAL=\"") + value + "\"")) << element;
+        ++place;
+    }
+}
+
+TEST(Merge, makesNoModeUp)
+{
+    const TempDir dir;
+    writeFile(dir / "f.bit", "bits");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "f.bit:BIT", "-s", "part=p"}));
+    writeFile(dir / "g.bit", "bits");
+    expectDone(
+        runCommand(dir.path(), {"build", "-o", "b.hdf", "g.bit:BIT", "-s", "part=p", "-s", "mode=post"}));
+    for (const std::vector<std::string>& files : {std::vector<std::string>{"a.hdf"}, {"a.hdf", "b.hdf"}}) {
+        std::vector<std::string> arguments = {"merge", "-q", "-o", "all.hdf"};
+        arguments.insert(arguments.end(), files.begin(), files.end());
+        expectDone(runCommand(dir.path(), arguments));
+        EXPECT_TRUE(contains(support::memberOf(dir / "all.hdf", "hwdef.xml"), "<MODE Name=\"\" />"));
+        expectDone(runCommand(dir.path(), {"set", "all.hdf", "board=b"}));
+    }
+    expectDone(runCommand(dir.path(), {"merge", "-q", "-o", "all.hdf", "b.hdf", "a.hdf"}));
+    EXPECT_TRUE(
+        contains(support::memberOf(dir / "all.hdf", "sysdef.xml"), "<MODE Name=\"Post-Synthesis\" />"));
+}
+
+TEST(Merge, tellsOnceWhatAContainerThatIsNamedTwiceLeavesOut)
+{
+    const TempDir dir;
+    writeFile(dir / "a.bit", "a");
+    expectDone(runCommand(dir.path(), {"build", "-o", "a.hdf", "a.bit:BIT", "-s", "board=b"}));
+    expectDone(runCommand(dir.path(), {"build", "-o", "b.hdf", "a.bit:BIT"}));
+    const std::string out = runCommand(dir.path(), {"merge", "a.hdf", "b.hdf", "a.hdf", "-n"}).out;
+    const std::size_t first = out.find("left out");
+    EXPECT_NE(first, std::string::npos) << out;
+    EXPECT_EQ(out.find("left out", first + 1), std::string::npos) << out;
+}
+
 TEST(Merge, tellsOfBytesThatBelongToNoMember)
 {
     const TempDir dir;

@@ -16,17 +16,21 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* recipeName = "recipe.json";
+constexpr const char* recipeDir = "recipe.json/";
 
 /// Where the files of members go: to the paths of their names, but for those whose path is that of the recipe
 /// or of a directory above another member's file. These go to directories of their own, below one whose name
 /// no other member's path begins with.
 class Places {
 public:
-    explicit Places(const HHDFHwDefArchive& archive)
+    explicit Places(const Container& container)
     {
         std::set<std::string> paths;
-        for (const auto& member : archive.members()) {
+        for (const auto& member : container.archive->members()) {
             paths.insert(member.name);
+        }
+        for (const HHDFHwDefFile* const file : container.files()) {
+            paths.insert(file->getFileName());
         }
         const auto isBelow = [&](const std::string& dir) {
             const auto next = paths.lower_bound(dir + "/");
@@ -37,8 +41,10 @@ public:
             aside += '_';
         }
         for (const std::string& path : paths) {
-            if (path == recipeName || (!isDirectory(path) && isBelow(path))) {
-                dirs_[path] = aside + (path == recipeName ? "" : "/" + std::to_string(dirs_.size()));
+            if (path == recipeName) {
+                dirs_[path] = aside;
+            } else if (!isDirectory(path) && (isBelow(path) || path.starts_with(recipeDir))) {
+                dirs_[path] = aside + "/" + std::to_string(dirs_.size());
             }
         }
     }
@@ -199,7 +205,7 @@ ExitCode Explode::run(Output& output)
     const Container container = openContainer(containerPath());
     checkTexts(container);
     checkDirectory();
-    const Places places(*container.archive);
+    const Places places(container);
     const Recipe recipe = this->recipe(container, places);
     fs::create_directories(dir_);
     extract(container, recipe, places);
@@ -207,7 +213,7 @@ ExitCode Explode::run(Output& output)
     writeWhole(path, recipeText(recipe));
     const bool isSameAgain = givesSameBytes();
     if (!isSameAgain) {
-        tell("the recipe gives a container of the same members, but of other bytes: " +
+        tell("the recipe gives a container of the same files, but of other bytes: " +
              printable(containerPath()) + " was packed in another way");
     }
     if (output.isJson()) {

@@ -8,6 +8,7 @@
 #include "MemberComparison.h"
 #include "Messages.h"
 #include "Omissions.h"
+#include "RepeatedFiles.h"
 #include "Text.h"
 #include "Verb.h"
 
@@ -257,6 +258,11 @@ std::unique_ptr<HHDFHwDef> Merge::merged(const std::vector<Container>& container
     if (definition == nullptr) {
         throw CommandError("\"" + printable(output_) + "\" can't be the path of a container");
     }
+    if (const Container* const source = propertySource(containers); source != nullptr && !source->hasMode()) {
+        definition->setModeType(
+            HHDFHwDefFileTypes::PRE_SYNTHESIS);  // it names the document as without a mode
+        definition->setModeType(HHDFHwDefFileTypes::MODE_UNSET);
+    }
     return definition;
 }
 
@@ -396,6 +402,7 @@ ExitCode Merge::run(Output& output)
     std::vector<Container> containers;
     for (const std::string& file : files_) {
         containers.push_back(openContainer(file));
+        takeApartRepeated(containers.back());
         if (!isForced_) {
             checkDigest(containers.back(), "--force merges it all the same");
         }

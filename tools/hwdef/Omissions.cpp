@@ -119,7 +119,13 @@ std::vector<Omission> omissionsOf(const std::vector<Container>& containers, cons
                                   const Container* propertySource)
 {
     std::vector<Omission> all;
+    std::set<std::string> paths;
     for (const Container& container : containers) {
+        std::string path;
+        container.definition->getContainerFullPath(path);
+        if (!paths.insert(path).second) {
+            continue;  // one that is named again has told
+        }
         OmissionList list(container, merged);
         if (propertySource == nullptr || &container == propertySource) {
             list.addProperties();

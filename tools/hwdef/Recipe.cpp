@@ -186,7 +186,12 @@ Recipe recipeOf(const Container& container)
     for (const HHDFHwDefFile* file : container.files()) {
         recipe.files.push_back(fileOf(*file));
     }
-    takeApartRepeated(container, recipe.files);
+    auto file = recipe.files.begin();
+    for (ListedFile& listed : listedFiles(container)) {
+        file->attributes = std::move(listed.attributes);
+        file->sourceDatabase = std::move(listed.sourceDatabase);
+        ++file;
+    }
     recipe.drivers = driversOf(definition);
     definition.getWDIAttrs(recipe.attributes);
     recipe.partitions = partitionFacts(container);

@@ -76,7 +76,7 @@ bool removeFrom(Recipe& recipe, const std::string& name)
 
 void Remove::change(Recipe& recipe) const
 {
-    for (const std::string& name : std::set<std::string>(names_.begin(), names_.end())) {
+    for (const std::string& name : names_) {
         if (name == recipe.bomName) {
             throw CommandError("\"" + name + "\" is the bill of materials, and no container is without one");
         }
@@ -94,6 +94,8 @@ void Remove::change(Recipe& recipe) const
 
 ExitCode Remove::run(Output& output)
 {
+    std::set<std::string> seen;
+    std::erase_if(names_, [&](const std::string& name) { return !seen.insert(name).second; });
     editContainer(containerPath(), leave_, [this](Recipe& recipe) { change(recipe); });
     if (output.isJson()) {
         output.json().add("file", containerPath());

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <set>
 
 #include "platform/HXMLWInterface.h"
@@ -14,15 +15,11 @@ std::string attributeOf(const HXMLWElement& element, const char* name)
     return value == nullptr ? "" : value;
 }
 
-bool hasRepeated(const std::vector<Recipe::File>& files)
+bool hasRepeated(const std::vector<HHDFHwDefFile*>& files)
 {
     std::set<std::string_view> names;
-    for (const Recipe::File& file : files) {
-        if (!names.insert(file.name).second) {
-            return true;
-        }
-    }
-    return false;
+    return !std::all_of(files.begin(), files.end(),
+                        [&](const HHDFHwDefFile* file) { return names.insert(file->fileName()).second; });
 }
 
 /// Whether an element makes an entry.
@@ -46,24 +43,44 @@ HHDFHwDef::Texts attributesOf(const HXMLWElement& file)
 
 }  // namespace
 
-void takeApartRepeated(const Container& container, std::vector<Recipe::File>& files)
+std::vector<ListedFile> listedFiles(const Container& container)
 {
-    if (!hasRepeated(files)) {
-        return;
+    if (!hasRepeated(container.files())) {
+        return {};
     }
     HXMLWInterface document;
     document.readFromBuffer(HHDFHwDefUtils::getFileBufferFromHDF(container.bomName(), container.path));
     const HXMLWElement* const root = document.getRootElement();
-    if (root == nullptr) {
-        return;  // the file has changed since it was opened
-    }
-    const auto elements = root->getChildren();
-    auto file = files.begin();
-    for (const HXMLWElement* const element : *elements) {
-        if (isEntry(*element) && file != files.end()) {
-            file->attributes = attributesOf(*element);
-            file->sourceDatabase = attributeOf(*element, "src_db");
-            ++file;
+    std::vector<ListedFile> listed;
+    if (root != nullptr) {  // else the file has changed since it was opened
+        const auto elements = root->getChildren();
+        for (const HXMLWElement* const element : *elements) {
+            if (isEntry(*element)) {
+                listed.push_back({attributesOf(*element), attributeOf(*element, "src_db")});
+            }
         }
+    }
+    listed.resize(container.files().size());
+    return listed;
+}
+
+void takeApartRepeated(Container& container)
+{
+    HHDFHwDef& definition = *container.definition;
+    const auto entries = container.files();
+    auto entry = entries.begin();
+    for (const ListedFile& listed : listedFiles(container)) {
+        definition.removeFileFromBom(*entry);
+        const std::unique_ptr<HHDFHwDefFile> earlier(*entry++);
+        HHDFHwDefFile file(earlier->getFile());
+        file.setFileType(earlier->getFileType());
+        file.setBDFileType(earlier->getBDFileType());
+        file.setHierPath(earlier->getHierPath());
+        file.setHwDefFilePath(earlier->getHwDefFilePath());
+        file.setHwSrcDB(listed.sourceDatabase);
+        for (const auto& [name, value] : listed.attributes) {
+            file.addFileAttr(name, value);
+        }
+        definition.addFileToBom(&file);
     }
 }

@@ -1,8 +1,19 @@
 #pragma once
 
-#include "Recipe.h"
+#include <string>
+#include <vector>
 
-/// Of entries that share a file name, an opened definition gives the attributes and source databases of all
-/// to the first ones. Gives them back to the entries that have them in the container's BOM document; `files`
-/// are its entries in order. Nothing happens when no name repeats.
-void takeApartRepeated(const Container& container, std::vector<Recipe::File>& files);
+#include "Container.h"
+
+/// What the BOM document says of an entry itself. Of entries that share a file name, an opened definition has
+/// it all with the first ones.
+struct ListedFile {
+    HHDFHwDef::Texts attributes;
+    std::string sourceDatabase;
+};
+
+/// Those of all entries of a container in order; nothing when no file name repeats.
+std::vector<ListedFile> listedFiles(const Container& container);
+
+/// Gives the entries of a container's definition what the document says of them.
+void takeApartRepeated(Container& container);
