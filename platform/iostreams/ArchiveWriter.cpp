@@ -40,6 +40,7 @@ private:
     platform::ReplacementFile target_;
     BufferedOutput out_;
     const bool attachesDigest_;
+    std::string frontEnd_;          ///< the last bytes of what stands in front of the members
     std::uint64_t prefixSize_ = 0;  ///< bytes in front that stored offsets don't count
     std::string directory_;  ///< the records in the order of the members, until commit() replaced ones, too
     std::set<std::size_t> replaced_;  ///< where records of members that others replaced begin in `directory_`
@@ -75,6 +76,10 @@ MemberCopier& ArchiveWriter::Impl::members()
 void ArchiveWriter::Impl::keepFront(const ArchiveReader& archive)
 {
     prefixSize_ = archive.endRecord().prefixSize;
+    if (archive.membersBegin() >= ZIP64_LOCATOR_BYTES) {
+        frontEnd_.resize(ZIP64_LOCATOR_BYTES);
+        archive.file().readAt(frontEnd_.data(), frontEnd_.size(), archive.membersBegin() - frontEnd_.size());
+    }
     platform::ProgressWork::copyInSteps(
         {}, archive.membersBegin(),
         [&](std::uint64_t offset, std::uint64_t size) { out_.copyFrom(archive.file(), size, offset); });
@@ -134,6 +139,7 @@ void ArchiveWriter::Impl::writeDirectory(EndRecord& end)
     out_.write(directory_);
     end.directorySize = directory_.size();
     end.entryCount = index_.size();
+    checkInFront(path_, end, directory_.empty() ? frontEnd_ : directory_);
     std::string record;
     appendEndRecord(record, end);
     out_.hold();  // the digest in it comes last, and it may be too long for the buffer

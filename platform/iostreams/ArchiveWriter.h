@@ -49,8 +49,9 @@ public:
     /// 65,535 bytes, else commit() fails.
     void setComment(std::string_view comment);
 
-    /// Writes the directory, and the digest, and puts the archive in place. Throws zip_exception; the old
-    /// archive is then as it was.
+    /// Writes the directory, and the digest, and puts the archive in place. Throws zip_exception, also when a
+    /// kept record's comment, or the front of an archive without members, would be taken for a part of the
+    /// end record; the old archive is then as it was.
     void commit();
 
 private:

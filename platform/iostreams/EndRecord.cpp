@@ -73,6 +73,12 @@ void requireAgreement(const Numbers& plain, const Numbers& zip64, const std::str
     requireAgreement("directory offset", plain.directoryOffset, zip64.directoryOffset, saturated32, archive);
 }
 
+bool needsZip64(const EndRecord& record)
+{
+    return record.entryCount >= saturated16 || record.directorySize >= saturated32 ||
+           record.directoryOffset >= saturated32;
+}
+
 /// Whether a zip64 end record at `position` ends where its locator begins.
 bool isZip64RecordAt(const FileTail& tail, std::uint64_t position, std::uint64_t locator)
 {
@@ -265,11 +271,18 @@ void checkComment(const std::string& archive, std::string_view comment)
     }
 }
 
+void checkInFront(const std::string& archive, const EndRecord& record, std::string_view bytes)
+{
+    if (!needsZip64(record) && bytes.size() >= ZIP64_LOCATOR_BYTES &&
+        load32(bytes.data() + bytes.size() - ZIP64_LOCATOR_BYTES) == ZIP64_LOCATOR_SIGNATURE) {
+        throw archiveError(
+            archive, "what stands in front of the end record would be taken for the locator of another one");
+    }
+}
+
 void appendEndRecord(std::string& out, const EndRecord& record)
 {
-    const bool zip64 = record.entryCount >= saturated16 || record.directorySize >= saturated32 ||
-                       record.directoryOffset >= saturated32;
-    if (zip64) {
+    if (needsZip64(record)) {
         append32(out, ZIP64_END_RECORD_SIGNATURE);
         append64(out, ZIP64_END_RECORD_BYTES - 12);
         append16(out, 3U << 8U | 45);  // made by: Unix, version 4.5

@@ -49,6 +49,10 @@ void readComment(const FileTail& tail, std::uint64_t position, EndRecord& record
 /// record: readers, which search from the end, would take that for the archive's own.
 void checkComment(const std::string& archive, std::string_view comment);
 
+/// Throws zip_exception when the record of an archive to be written would be read together with the bytes in
+/// front of it: when it needs no zip64 records, but `bytes` end like the locator of one.
+void checkInFront(const std::string& archive, const EndRecord& record, std::string_view bytes);
+
 /// Appends the end record to `out`, with the zip64 records in front when a number needs them.
 /// `prefixSize + directoryOffset + directorySize` must be where the record will stand.
 void appendEndRecord(std::string& out, const EndRecord& record);

@@ -78,7 +78,12 @@ void copyMembers(const ArchiveReader& archive, Origin origin, const std::string&
             taken[name] = &entry;
         }
     }
-    copy.commit();
+    try {
+        copy.commit();
+    } catch (const zip_exception&) {
+        fuzz::require(origin == Origin::KEPT, "a copy with new headers is written");
+        return;
+    }
     fuzz::require(HUTZip::checkIntegrity(HUTFile(path)) == HUTZip::INTACT, "a copy is intact");
     const ArchiveReader reader(path);
     fuzz::require(reader.entries().size() == taken.size(), "a copy lists what it took");

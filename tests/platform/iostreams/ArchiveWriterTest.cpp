@@ -209,6 +209,35 @@ TEST_F(ArchiveWriter, keepsWhatStandsInFrontOfMembers)
     }
 }
 
+TEST_F(ArchiveWriter, refusesWhatWouldBeTakenForALocator)
+{
+    const std::string locator = "PK\x06\x07" + std::string(16, 'l');
+    support::ZipBuilder zip;
+    zip.addStored("a", "content of a").comment = locator;
+    zip.addStored("b", "content of b");
+    zip.prefix = locator;
+    zip.write(path_);
+    const std::string before = support::readFile(path_);
+    const std::vector<std::pair<std::string, bool>> orders = {{"ab", true}, {"ba", false}, {"", false}};
+    for (const auto& [order, isWritten] : orders) {
+        support::writeFile(path_, before);
+        const ArchiveReader from(path_);
+        Writer writer(path_);
+        writer.keepFront(from);
+        for (const char name : order) {
+            EXPECT_TRUE(writer.addMember(from, *from.find({&name, 1}), {name}, reason_,
+                                         iostreams::zip::Origin::KEPT));
+        }
+        if (isWritten) {
+            writer.commit();
+        } else {
+            EXPECT_EQ(support::zipFailure(path_, [&] { writer.commit(); }),
+                      "what stands in front of the end record would be taken for the locator of another one");
+        }
+        EXPECT_EQ(support::readFile(path_), before);
+    }
+}
+
 TEST_F(ArchiveWriter, keepsTheFrontOfAnArchiveWithoutMembers)
 {
     support::writeFile(path_, "front");
