@@ -11,8 +11,8 @@ target_compile_definitions(hwdef_objects PRIVATE
 target_link_libraries(hwdef_objects
   PUBLIC Boost::headers
   PRIVATE hwdef_options Boost::filesystem Boost::iostreams pugixml::pugixml OpenSSL::Crypto hwdef_isal)
-# No precompiled headers here: they lie in the build directory, and a compiler cache could not tell that the builds of
-# tests and packages compile the same.
+# No precompiled headers here, nor for the command: they lie in the build directory, and a compiler cache could not tell
+# that the builds of tests and packages compile the same.
 
 set(HWDEF_LINKED Boost::filesystem Boost::iostreams pugixml::pugixml OpenSSL::Crypto hwdef_isal)
 

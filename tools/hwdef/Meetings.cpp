@@ -136,7 +136,9 @@ void bringFiles(const Container& container, AllBrought& all)
         bring(all.fileTypes, name, {&container, nullptr, typeToken(*file)});
         if (file->hasFileAttrs()) {
             for (const auto& [key, value] : file->getFileAttrs()) {
-                bring(all.fileAttributes, name + ": " + key, {&container, nullptr, value});
+                std::string attribute = name;
+                attribute.append(": ").append(key);
+                bring(all.fileAttributes, attribute, {&container, nullptr, value});
             }
         }
     }
