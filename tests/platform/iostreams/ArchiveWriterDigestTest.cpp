@@ -13,12 +13,6 @@ using iostreams::zip::ArchiveReader;
 using Writer = iostreams::zip::ArchiveWriter;
 using support::FailingSystemCalls;
 
-namespace {
-
-constexpr std::size_t CHUNK = 256 * 1024;
-
-}  // namespace
-
 TEST_F(ArchiveWriter, attachesADigestOfAllItsOtherBytes)
 {
     Writer writer(path_, Writer::Digest::ATTACHED);

@@ -9,12 +9,6 @@ using iostreams::zip::ArchiveReader;
 using Writer = iostreams::zip::ArchiveWriter;
 using support::FailingSystemCalls;
 
-namespace {
-
-constexpr std::size_t CHUNK = 256 * 1024;
-
-}  // namespace
-
 TEST_F(ArchiveWriter, takesBackAMemberWhoseSourceFailsHalfWay)
 {
     support::writeFile(dir_ / "large", support::randomBytes(4 * CHUNK, 8));

@@ -9,6 +9,8 @@
 
 class ArchiveWriter : public testing::Test {
 protected:
+    static constexpr std::size_t CHUNK = 256 * 1024;  ///< as many bytes are read at once
+
     /// Adds content by way of a file on disk.
     bool add(iostreams::zip::ArchiveWriter& writer, const std::string& name, const std::string& content)
     {
