@@ -1,6 +1,6 @@
 #!/bin/sh
 # Judges sources by .clang-tidy, and all scripts by shellcheck. What was found clean is judged again only when it,
-# a header or the checks have changed.
+# a header or the checks have changed; $HWDEF_LINT_CACHE remembers that, BUILD_DIR/lint when it isn't set.
 # usage: lint.sh BUILD_DIR JOBS [PATH...]   (all sources that are compiled, or those below the paths)
 set -eu
 build=$1
@@ -8,10 +8,10 @@ jobs=$2
 shift 2
 [ $# -gt 0 ] || set -- hwdef platform tools examples tests benchmarks docs
 
-clean=$build/lint
+clean=${HWDEF_LINT_CACHE:-$build/lint}
 mkdir -p "$clean"
 # Each source has to include what it uses, whatever was compiled for all beforehand.
-commands=$clean/commands
+commands=$build/lint/commands
 mkdir -p "$commands"
 sed 's/-Winvalid-pch//; s/-include [^ ]*cmake_pch\.hxx//' "$build/compile_commands.json" \
     >"$commands/compile_commands.json"
