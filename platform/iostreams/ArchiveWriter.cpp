@@ -76,13 +76,14 @@ MemberCopier& ArchiveWriter::Impl::members()
 void ArchiveWriter::Impl::keepFront(const ArchiveReader& archive)
 {
     prefixSize_ = archive.endRecord().prefixSize;
-    if (archive.membersBegin() >= ZIP64_LOCATOR_BYTES) {
+    const std::uint64_t sizeBytes = archive.membersBegin();
+    if (sizeBytes >= ZIP64_LOCATOR_BYTES) {
         frontEnd_.resize(ZIP64_LOCATOR_BYTES);
-        archive.file().readAt(frontEnd_.data(), frontEnd_.size(), archive.membersBegin() - frontEnd_.size());
+        archive.file().readAt(frontEnd_.data(), frontEnd_.size(), sizeBytes - frontEnd_.size());
     }
-    platform::ProgressWork::copyInSteps(
-        {}, archive.membersBegin(),
-        [&](std::uint64_t offset, std::uint64_t size) { out_.copyFrom(archive.file(), size, offset); });
+    platform::ProgressWork::copyInSteps({}, sizeBytes, [&](std::uint64_t offset, std::uint64_t size) {
+        out_.copyFrom(archive.file(), size, offset);
+    });
 }
 
 bool ArchiveWriter::Impl::add(NewMember& member, std::string& reason)

@@ -18,9 +18,9 @@ namespace {
 constexpr const char* recipeName = "recipe.json";
 constexpr const char* recipeDir = "recipe.json/";
 
-/// Where the files of members go: to the paths of their names, but for those whose path is that of the recipe
-/// or of a directory above another member's file. These go to directories of their own, below one whose name
-/// no other member's path begins with.
+/// Where the files of members go, and of what is listed without a member: to the paths of their names, but
+/// for those whose path is that of the recipe, below it, or of a directory above another file. These go to
+/// directories of their own, below one whose name no other path begins with.
 class Places {
 public:
     explicit Places(const Container& container)

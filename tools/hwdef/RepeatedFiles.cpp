@@ -51,13 +51,14 @@ std::vector<ListedFile> listedFiles(const Container& container)
     HXMLWInterface document;
     document.readFromBuffer(HHDFHwDefUtils::getFileBufferFromHDF(container.bomName(), container.path));
     const HXMLWElement* const root = document.getRootElement();
+    if (root == nullptr) {
+        return {};  // the file has changed since it was opened
+    }
     std::vector<ListedFile> listed;
-    if (root != nullptr) {  // else the file has changed since it was opened
-        const auto elements = root->getChildren();
-        for (const HXMLWElement* const element : *elements) {
-            if (isEntry(*element)) {
-                listed.push_back({attributesOf(*element), attributeOf(*element, "src_db")});
-            }
+    const auto elements = root->getChildren();
+    for (const HXMLWElement* const element : *elements) {
+        if (isEntry(*element)) {
+            listed.push_back({attributesOf(*element), attributeOf(*element, "src_db")});
         }
     }
     listed.resize(container.files().size());
